@@ -1,0 +1,144 @@
+// Stream.h - the abstract text streams of namespace io.
+//
+// An output stream turns objects into text: the block tree of a neutral file
+// writes itself through the few primitives below (indentation, quoted
+// strings, numbers with the stream's precision). An input stream holds a whole
+// file in memory and hands out tokens of the HKP grammar, lines, and block
+// trees; positions are byte offsets, so Tell and Seek are free.
+#pragma once
+
+#include "core/lib/vellum/AString.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace io
+{
+class CAbstract_ostream;
+class CAbstract_istream;
+class CToken;
+
+// A remembered place in an input stream.
+struct CAbstract_stream_pos
+{
+    size_t m_Offset = 0;
+};
+
+// Anything that can be put on a stream or taken from one.
+class CStreamio_object
+{
+public:
+    virtual ~CStreamio_object() = default;
+    virtual void write(CAbstract_ostream& out) const = 0;
+    // Reads the object from the stream; false when the text does not hold it.
+    virtual bool read(CAbstract_istream& in);
+};
+
+class CAbstract_ostream
+{
+public:
+    CAbstract_ostream() = default;
+    CAbstract_ostream(const CAbstract_ostream&) = delete;
+    CAbstract_ostream& operator=(const CAbstract_ostream&) = delete;
+    virtual ~CAbstract_ostream() = default;
+
+    CAbstract_ostream& operator<<(const CStreamio_object& object)
+    {
+        object.write(*this);
+        return *this;
+    }
+
+    // Significant digits of a double from now on; returns the earlier setting.
+    int SetPrecision(int digits);
+    int GetPrecision() const { return m_Precision; }
+
+    // Text primitives for the objects that write themselves.
+    void PutIndent();
+    void PutRaw(std::string_view text);
+    void PutText(const AString& text); // narrowed one code unit to one byte
+    void PutQuoted(const AString& text);
+    void PutInt(int value);
+    void PutDouble(double value);
+    void PutBool(bool value);
+    void PutNewLine();
+    void Indent(int delta) { m_Indent += delta; }
+
+protected:
+    // Hands buffered text to the sink; called when the buffer is large and on
+    // flushing.
+    virtual void Sink(const char* data, size_t size) = 0;
+    void FlushBuffer();
+
+private:
+    std::string m_Buffer;
+    int m_Precision = 6;
+    int m_Indent = 0;
+};
+
+// Formats a double with the given number of significant digits, the shortest
+// of fixed and exponent form as printf's %g would, with a dot whatever the
+// locale. A negative zero is written as 0.
+std::string FormatDouble_G(double value, int digits);
+
+class CAbstract_istream
+{
+public:
+    CAbstract_istream(const CAbstract_istream&) = delete;
+    CAbstract_istream& operator=(const CAbstract_istream&) = delete;
+    virtual ~CAbstract_istream() = default;
+
+    // The next token of the HKP grammar, white space (line ends included)
+    // skipped. At the end of the text the target stays as it was.
+    CAbstract_istream& operator>>(AString& token);
+    CAbstract_istream& operator>>(CToken& token);
+    // The next token converted; a token that holds no number is consumed and
+    // leaves the target as it was.
+    CAbstract_istream& operator>>(double& value);
+    CAbstract_istream& operator>>(int& value);
+    // Reads an object (a block) from the stream.
+    CAbstract_istream& operator>>(CStreamio_object& object);
+
+    // Skips the rest of the current line.
+    void NewLine();
+    // The rest of the current line without its leading blanks, a carriage
+    // return before the line feed kept; moves to the next line.
+    void NewLine(AString& rest);
+
+    // True once nothing but white space is left.
+    bool eof() const;
+    bool AtEof() const { return eof(); }
+    bool fail() const { return m_Fail; }
+    bool good() const { return !m_Fail && !eof(); }
+    void SetFail() { m_Fail = true; }
+    void ClearFail() { m_Fail = false; }
+
+    CAbstract_stream_pos Tell() const { return CAbstract_stream_pos{m_Pos}; }
+    void Seek(const CAbstract_stream_pos& pos)
+    {
+        m_Pos = pos.m_Offset < m_Data.size() ? pos.m_Offset : m_Data.size();
+    }
+
+    // Raw access for the block-text reader.
+    std::string_view Data() const { return m_Data; }
+    size_t Position() const { return m_Pos; }
+    void SetPosition(size_t pos) { m_Pos = pos < m_Data.size() ? pos : m_Data.size(); }
+
+protected:
+    CAbstract_istream() = default;
+    void SetData(std::string data)
+    {
+        m_Data = std::move(data);
+        m_Pos = 0;
+    }
+
+private:
+    // Finds the next token and returns its bytes; false at the end.
+    bool NextTokenText(std::string_view& text, bool& quoted);
+
+    std::string m_Data;
+    size_t m_Pos = 0;
+    bool m_Fail = false;
+};
+
+} // namespace io

@@ -1,0 +1,111 @@
+// TokenStream.h - the file streams of the program: HKP files in, the neutral
+// file out.
+//
+// The input stream reads its whole file in one go and lexes from memory, which
+// keeps a 100 MB layout file at about a second. The output stream collects
+// text in a large buffer and writes it to a temporary file beside the target;
+// only Close renames it into place, so an interrupted run never leaves a
+// half-written neutral file behind.
+#pragma once
+
+#include "core/lib/vellum/LongFileName.h"
+#include "core/lib/vellum/streamio/Stream.h"
+
+#include <cstdio>
+#include <string>
+
+namespace io
+{
+// One lexical token with its kind.
+class CToken
+{
+public:
+    enum Kind
+    {
+        k_None,
+        k_Word,   // a run of characters, a lone dot, or a symbol ( ) , =
+        k_String, // a double-quoted string, delivered without its quotes
+    };
+
+    CToken() = default;
+    void Set(AString text, Kind kind)
+    {
+        m_Text = std::move(text);
+        m_Kind = kind;
+    }
+    Kind GetKind() const { return m_Kind; }
+    bool Query(AString& text) const
+    {
+        text = m_Text;
+        return m_Kind != k_None;
+    }
+    const AString& GetAString() const { return m_Text; }
+    const wchar_t* ACharPtr() const { return m_Text.c_str(); }
+
+private:
+    AString m_Text;
+    Kind m_Kind = k_None;
+};
+
+// The grammar of the text form; the streams use the default one.
+class CToken_grammar
+{
+public:
+    CToken_grammar() = default;
+};
+
+class CToken_ostream : public CAbstract_ostream
+{
+public:
+    // Opens the file for writing, replacing it once the stream is closed.
+    // Mode 32 is plain text; no other mode is in use.
+    CToken_ostream(const LongFileName& file, int mode);
+    ~CToken_ostream() override;
+
+    // Flushes, closes and moves the finished text into place.
+    void Close();
+    // False if the file could not be created; nobody is obliged to ask.
+    bool IsOpen() const { return m_File != nullptr; }
+
+protected:
+    void Sink(const char* data, size_t size) override;
+
+private:
+    std::string m_Target;
+    std::string m_Temporary;
+    std::FILE* m_File = nullptr;
+};
+
+// An output stream into memory, for the tests and for callers that want the
+// text of a tree.
+class CString_ostream : public CAbstract_ostream
+{
+public:
+    const std::string& str()
+    {
+        FlushBuffer();
+        return m_Text;
+    }
+
+protected:
+    void Sink(const char* data, size_t size) override { m_Text.append(data, size); }
+
+private:
+    std::string m_Text;
+};
+
+class CToken_istream : public CAbstract_istream
+{
+public:
+    // Opens and reads the file; mode 0 is plain text. A file that cannot be
+    // read gives an empty stream, which is at its end at once.
+    CToken_istream(const LongFileName& file, int mode);
+    // A stream over text held in memory.
+    explicit CToken_istream(std::string text);
+    bool IsOpen() const { return m_Open; }
+
+private:
+    bool m_Open = false;
+};
+
+} // namespace io

@@ -1,0 +1,214 @@
+// Tests of the block tree: its text form, sharing of items, and the reader
+// that takes back everything the writer writes.
+#include "core/lib/vellum/streamio/Block.h"
+#include "core/lib/vellum/streamio/TokenStream.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace io;
+
+namespace
+{
+std::string Text(const CBlock& block, int precision = 10)
+{
+    CString_ostream out;
+    out.SetPrecision(precision);
+    out << block;
+    return out.str();
+}
+
+CBlockPtr ReadBack(const std::string& text, const AString& name = AString())
+{
+    CToken_istream in(text);
+    CBlockPtr block(name);
+    in >> *block;
+    EXPECT_FALSE(in.fail()) << text;
+    return block;
+}
+} // namespace
+
+TEST(Block, TextFormOfEveryItemKind)
+{
+    CBlockPtr root(L"TarvexNeutralFile");
+    CBlockFuncPtr version(L"Version");
+    *version << L"4" << L"0";
+    *root << version;
+    CBlock_func source(L"Source");
+    source << AString(L"MentorExpedition") << AString(L"Version 2002") << AString();
+    *root << source;
+    *root << CNamed_value_manip<AString>(L"Date", AString(L"Sun Nov 22 21:32:00 2026"));
+    CBlockPtr shapes(L"PadShapes");
+    CBlockFuncPtr pad(L"'NULLPAD'");
+    CBlock_func circle(L"Circle");
+    circle << 0.0;
+    *pad << circle;
+    *shapes << pad;
+    *root << shapes << CBlockPtr(L"Symbols");
+    CBlockFuncPtr misc(L"Misc");
+    *misc << 3 << -0.0 << 1.0 / 3.0 << 1e-12 << true << AString(L"it's a \\ path")
+          << CBlock_named_value(L"Terminal", CBlock_value(false));
+    *shapes << misc;
+
+    EXPECT_EQ(Text(*root), "$begin 'TarvexNeutralFile'\n"
+                           "\tVersion('4', '0')\n"
+                           "\tSource('MentorExpedition', 'Version 2002', '')\n"
+                           "\tDate='Sun Nov 22 21:32:00 2026'\n"
+                           "\t$begin 'PadShapes'\n"
+                           "\t\t'NULLPAD'(Circle(0))\n"
+                           "\t\tMisc(3, 0, 0.3333333333, 1e-12, true, 'it\\'s a \\\\ path', Terminal=false)\n"
+                           "\t$end 'PadShapes'\n"
+                           "\t$begin 'Symbols'\n"
+                           "\t$end 'Symbols'\n"
+                           "$end 'TarvexNeutralFile'\n");
+}
+
+TEST(Block, ItemsAreSharedThroughPointersAndCopiedByValue)
+{
+    CBlockPtr layer(L"Layer");
+    CBlockFuncPtr thermal(L"Thermal");
+    CBlock_func copied(L"Copied");
+    *layer << thermal << copied;
+    // Changed after it was added: the tree sees the change of the shared item
+    // and not of the copied one.
+    *thermal << 0.25;
+    copied << 1;
+    EXPECT_EQ(Text(*layer), "$begin 'Layer'\n\tThermal(0.25)\n\tCopied()\n$end 'Layer'\n");
+    EXPECT_TRUE(thermal->InUse());
+}
+
+TEST(Block, ReadsBackWhatItWrites)
+{
+    CBlockPtr root(L"Planes");
+    CBlockPtr shape(L"Shape 1");
+    *shape << CBlock_named_value(L"DUMMY_APS", CBlock_value(0));
+    CBlockFuncPtr net(L"Net");
+    *net << AString(L"GND");
+    CBlockFuncPtr seg(L"Seg");
+    *seg << 1.25 << -3.5;
+    CBlockFuncPtr poly(L"Polygon");
+    CBlockFuncPtr vertex(L"vertex");
+    *vertex << 0.1 << 7.0;
+    CBlockFuncPtr arc(L"Arc");
+    *arc << -0.05;
+    *poly << vertex << arc << AString(L"") << AString(L"12") << AString(L"a 'quoted', (text)");
+    *shape << net << seg << poly << CBlock_value(AString(L"lone value")) << CBlockPtr(L"Empty");
+    *root << shape << CBlockPtr(L"Shape 1");
+    const std::string text = Text(*root);
+
+    CBlockPtr back = ReadBack(text, L"Planes");
+    EXPECT_EQ(Text(*back), text);
+
+    // Kinds and values are there to be asked for.
+    auto it = back->begin();
+    auto* first = dynamic_cast<CBlock*>(back->Item(it).Item());
+    ASSERT_NE(first, nullptr);
+    int dummy = -1;
+    (void)(*first >> CNamed_value_manip<int>(L"DUMMY_APS", CBlock_value(), &dummy));
+    bool ok = false;
+    (void)(*first >> CQuery_ok_manip(ok));
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(dummy, 0);
+    (void)(*first >> CNamed_value_manip<int>(L"NOT_THERE", CBlock_value(), &dummy));
+    (void)(*first >> CQuery_ok_manip(ok));
+    EXPECT_FALSE(ok);
+    auto child = first->begin();
+    ++child;
+    auto* netFunc = dynamic_cast<CBlock_func*>(first->Item(child).Item());
+    ASSERT_NE(netFunc, nullptr);
+    AString netName;
+    *netFunc >> netName;
+    EXPECT_EQ(netName, AString(L"GND"));
+    ++child;
+    auto* segFunc = dynamic_cast<CBlock_func*>(first->Item(child).Item());
+    ASSERT_NE(segFunc, nullptr);
+    double x = 0, y = 0;
+    *segFunc >> x >> y;
+    EXPECT_EQ(x, 1.25);
+    EXPECT_EQ(y, -3.5);
+    ++child;
+    auto* polyFunc = dynamic_cast<CBlock_func*>(first->Item(child).Item());
+    ASSERT_NE(polyFunc, nullptr);
+    ASSERT_EQ(polyFunc->GetArgumentCount(), 5u);
+    EXPECT_EQ(polyFunc->GetArgumentValue(3).GetKind(), CBlock_value::k_String); // digits stay a string
+    EXPECT_EQ(polyFunc->GetArgumentItem(1)->Name(), AString(L"Arc"));
+}
+
+TEST(Block, FindsTheNamedBlockAndSurvivesDamage)
+{
+    const std::string text = "$begin 'Other'\n\tX(1)\n\t$begin 'Planes'\n\t$end 'Planes'\n$end 'Other'\n"
+                             "$begin 'Planes'\n\tNet('A')\n$end 'Planes'\n";
+    CBlockPtr planes = ReadBack(text, L"Planes");
+    ASSERT_EQ(planes->size(), 1u);
+    EXPECT_EQ(planes->Item(planes->begin())->Name(), AString(L"Net"));
+
+    // Unterminated and malformed text ends the block without a fault.
+    CBlockPtr broken = ReadBack("$begin 'B'\n\tF(1, 'open\n\tG((((\n\t=\n\t$begin 'C'\n", L"B");
+    EXPECT_GE(broken->size(), 1u);
+
+    CToken_istream none(std::string("no block here\n"));
+    CBlock absent(L"Planes");
+    none >> absent;
+    EXPECT_TRUE(none.fail());
+    EXPECT_TRUE(absent.empty());
+}
+
+TEST(Block, RandomTreesRoundTrip)
+{
+    std::mt19937 random(20261122);
+    const wchar_t* names[] = {L"vertex", L"Arc", L"Net", L"Pad 20x30", L"'Q'", L"Via"};
+    for (int round = 0; round < 200; ++round)
+    {
+        CBlockPtr root(L"Root");
+        std::vector<CBlockPtr> open{root};
+        const int items = static_cast<int>(random() % 30);
+        for (int i = 0; i < items; ++i)
+        {
+            CBlock& parent = *open[random() % open.size()];
+            switch (random() % 4)
+            {
+            case 0:
+            {
+                CBlockPtr child(AString(names[random() % 6]));
+                parent << child;
+                open.push_back(child);
+                break;
+            }
+            case 1:
+            {
+                CBlockFuncPtr func(AString(names[random() % 6]));
+                for (int a = static_cast<int>(random() % 4); a > 0; --a)
+                {
+                    const unsigned pick = random() % 5;
+                    if (pick == 0)
+                        *func << static_cast<int>(random()) - 1000000;
+                    else if (pick == 1)
+                        *func << std::ldexp(static_cast<double>(random()),
+                                            static_cast<int>(random() % 40) - 50);
+                    else if (pick == 2)
+                        *func << AString(L"s'\\, )(") + AString(names[random() % 6]);
+                    else if (pick == 3)
+                    {
+                        CBlock_func nested(L"vertex");
+                        nested << 1.5 << 2;
+                        *func << nested;
+                    }
+                    else
+                        *func << (random() % 2 == 0);
+                }
+                parent << func;
+                break;
+            }
+            case 2:
+                parent << CBlock_named_value(L"Id", CBlock_value(static_cast<int>(random() % 1000)));
+                break;
+            default:
+                parent << CBlock_named_value(L"Name", CBlock_value(AString(L"x = 'y'")));
+                break;
+            }
+        }
+        const std::string text = Text(*root);
+        EXPECT_EQ(Text(*ReadBack(text, L"Root")), text);
+    }
+}
