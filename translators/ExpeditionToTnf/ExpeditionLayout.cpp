@@ -1,2 +1,68 @@
-// ExpeditionLayout.cpp - the design model of one Expedition job.
-#include "core/lib/vellum/AString.h"
+// ExpeditionLayout.cpp - what the elements of the design model own and free.
+#include "translators/ExpeditionToTnf/ExpeditionLayout.h"
+
+ExpeditionTrace::~ExpeditionTrace()
+{
+    DeleteOwned_G(m_Vertices);
+}
+ExpeditionPath::~ExpeditionPath()
+{
+    DeleteOwned_G(m_Vertices);
+}
+ExpeditionPolygon::~ExpeditionPolygon()
+{
+    DeleteOwned_G(m_Vertices);
+}
+
+ExpeditionBoard::~ExpeditionBoard()
+{
+    DeleteOwned_G(m_Contours);
+    delete m_Outline;
+}
+
+ExpeditionFootprint::~ExpeditionFootprint()
+{
+    DeleteOwned_G(m_Traces);
+    DeleteOwned_G(m_Vias);
+    DeleteOwned_G(m_Texts);
+    DeleteOwned_G(m_Shapes);
+    DeleteOwned_G(m_Pins);
+}
+
+ExpeditionPad::~ExpeditionPad()
+{
+    delete m_Shape;
+}
+
+ExpeditionComponent::~ExpeditionComponent()
+{
+    DeleteOwned_G(m_Texts);
+    DeleteOwned_G(m_Shapes);
+    DeleteOwned_G(m_Pins);
+}
+
+namespace
+{
+AString NetKey(const AString& name)
+{
+    if (name.CompareNoCase(L"(net0)") == 0 || name.CompareNoCase(L"UNCONNECTED_NET") == 0)
+        return AString(L"DUMMY");
+    return name;
+}
+} // namespace
+
+ExpeditionLayoutNet::ExpeditionLayoutNet(const AString& name, const std::vector<ExpeditionTrace*>& traces,
+                                         const std::vector<ExpeditionVia*>& vias,
+                                         const std::vector<ExpeditionShapes*>& shapes)
+    : m_Name(NetKey(name)), m_Traces(traces), m_Vias(vias), m_Shapes(shapes)
+{
+}
+
+ExpeditionLayoutNet::~ExpeditionLayoutNet()
+{
+    DeleteOwned_G(m_Shapes);
+    for (auto it = m_ShapesWithVoids.rbegin(); it != m_ShapesWithVoids.rend(); ++it)
+        DeleteOwned_G(*it);
+    DeleteOwned_G(m_Vias);
+    DeleteOwned_G(m_Traces);
+}

@@ -1,0 +1,109 @@
+// Whole-program tests of a run: the tree of the output file, its name, and
+// how a run ends without its files or without its arguments.
+#include "JobFixture.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+using RunFrame = JobFixture;
+
+TEST_F(RunFrame, WritesTheWholeTreeInItsOrder)
+{
+    WriteMinimalJob();
+    ASSERT_EQ(Translate("board.txt"), 0);
+    // The extension the user gave is replaced, and nothing else is left.
+    EXPECT_FALSE(fs::exists(OutputPath("board.txt")));
+    ASSERT_TRUE(fs::exists(OutputPath("board.tnf")));
+    EXPECT_FALSE(fs::exists(OutputPath("board.tnf.tmp")));
+    EXPECT_TRUE(Errors().empty()) << Errors(); // silent on success
+
+    const std::string text = OutputText("board.tnf");
+    EXPECT_EQ(text.rfind("$begin 'TarvexNeutralFile'\n", 0), 0u);
+    EXPECT_NE(text.find("\tVersion('4', '0')\n\tSource('MentorExpedition', 'Version 2002', '')\n\tDate='"),
+              std::string::npos);
+
+    io::CBlockPtr root = OutputTree("board.tnf");
+    EXPECT_EQ(ChildNames(*root),
+              (std::vector<std::string>{"Version", "Source", "Date", "DefaultUnits", "PadShapes", "PadStacks",
+                                        "Symbols", "Footprints", "Materials", "Components", "LayoutData"}));
+    const io::CBlock* layoutData = ChildBlock(*root, L"LayoutData");
+    ASSERT_NE(layoutData, nullptr);
+    EXPECT_EQ(ChildNames(*layoutData), (std::vector<std::string>{"LayoutCell", "Design"}));
+    const io::CBlock* cell = ChildBlock(*layoutData, L"LayoutCell");
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(ChildNames(*cell), (std::vector<std::string>{"CellName", "Netlist", "Layout"}));
+    EXPECT_EQ(ChildNames(*ChildBlock(*cell, L"Layout")),
+              (std::vector<std::string>{"DefaultUnits", "Layers", "LayoutPorts", "LayoutComponents",
+                                        "LayoutNets"}));
+    const io::CBlock* design = ChildBlock(*layoutData, L"Design");
+    ASSERT_NE(design, nullptr);
+    EXPECT_EQ(ChildNames(*design), (std::vector<std::string>{"Name", "TopLayout", "Instances"}));
+    EXPECT_EQ(ChildNames(*ChildBlock(*design, L"TopLayout")),
+              (std::vector<std::string>{"Layers", "PhysicalDimensions"}));
+
+    // The fixed values.
+    AString value;
+    ASSERT_NE(root->FindNamedValue(L"DefaultUnits"), nullptr);
+    root->FindNamedValue(L"DefaultUnits")->Value().Query(value);
+    EXPECT_EQ(value, AString(L"mm"));
+    cell->FindNamedValue(L"CellName")->Value().Query(value);
+    EXPECT_EQ(value, AString(L"ExpeditionBoard"));
+    design->FindNamedValue(L"Name")->Value().Query(value);
+    EXPECT_EQ(value, AString(L"ExpeditionBoard"));
+    // The date reads like ctime's text, "Www Mmm dd hh:mm:ss yyyy".
+    root->FindNamedValue(L"Date")->Value().Query(value);
+    EXPECT_EQ(value.size(), 24u);
+    EXPECT_EQ(value[13], L':');
+    // With no pads in use, the pad shapes hold just the null pad.
+    EXPECT_EQ(ChildNames(*ChildBlock(*root, L"PadShapes")), (std::vector<std::string>{"'NULLPAD'"}));
+    EXPECT_TRUE(ChildBlock(*root, L"Symbols")->empty());
+}
+
+TEST_F(RunFrame, FindsFilesUnderTheirLowerCaseSpelling)
+{
+    WriteFile("jobprefs.hkp", "\n");
+    WriteFile("padstack.hkp", "\n");
+    WriteFile("cell.hkp", "\n");
+    WriteFile("layout.hkp", "\n");
+    WriteFile("pdb.hkp", "\n");
+    ASSERT_EQ(Translate(), 0);
+    EXPECT_TRUE(fs::exists(OutputPath()));
+    EXPECT_TRUE(Errors().empty()) << Errors();
+}
+
+TEST_F(RunFrame, MissingRequiredFileEndsTheRunWithoutOutput)
+{
+    // Each required file in turn, in the reading order.
+    for (const char* missing : {"JobPrefs.hkp", "Padstack.hkp", "Cell.hkp", "Layout.hkp", "PDB.hkp"})
+    {
+        fs::remove_all(JobDir());
+        fs::create_directories(JobDir());
+        WriteMinimalJob({missing});
+        EXPECT_EQ(Translate(), 0);
+        EXPECT_FALSE(fs::exists(OutputPath()));
+        AString lower(missing);
+        const std::string expected =
+            "File I/O Error: " + (JobDir() / lower.ToLower().AsAnsi().str()).string() + " not found\n";
+        EXPECT_EQ(Errors(), expected);
+    }
+    // The optional files are not missed.
+    fs::remove_all(JobDir());
+    fs::create_directories(JobDir());
+    WriteMinimalJob();
+    EXPECT_EQ(Translate(), 0);
+    EXPECT_TRUE(fs::exists(OutputPath()));
+}
+
+TEST_F(RunFrame, OtherArgumentCountsAskAndEndQuietlyWithoutAWayToAsk)
+{
+    WriteMinimalJob();
+    // No terminal on standard input and no display: only the usage line.
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    for (const std::string& args : std::vector<std::string>{"", "\"" + JobDir().string() + "\"", "a b c"})
+    {
+        EXPECT_EQ(Run(args), 0);
+        EXPECT_EQ(Errors(), "usage: ExpeditionToTnf <job-directory> <output.tnf>\n") << args;
+    }
+    EXPECT_FALSE(fs::exists(OutputPath()));
+}

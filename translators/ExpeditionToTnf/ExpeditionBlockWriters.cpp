@@ -1,0 +1,50 @@
+// ExpeditionBlockWriters.cpp - the writers whose blocks are not yet filled
+// from the model: each returns its block, empty, at its place in the tree.
+#include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
+
+using io::CBlockPtr;
+
+CBlockPtr ExpeditionToTnf::WritePadShapes(ElementList& /*elements*/)
+{
+    CBlockPtr block(L"PadShapes");
+    io::CBlock_func nullPad(L"'NULLPAD'");
+    io::CBlock_func circle(L"Circle");
+    circle << 0.0;
+    nullPad << circle;
+    *block << nullPad;
+    return block;
+}
+
+CBlockPtr ExpeditionToTnf::WritePadStacks(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"PadStacks");
+}
+void ExpeditionToTnf::ExpandPins(ElementList& /*elements*/) {}
+CBlockPtr ExpeditionToTnf::WriteFootprints(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"Footprints");
+}
+CBlockPtr ExpeditionToTnf::WriteComponents(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"Components");
+}
+CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"Netlist");
+}
+CBlockPtr ExpeditionToTnf::WriteLayers(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"Layers");
+}
+CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"LayoutComponents");
+}
+CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"LayoutNets");
+}
+CBlockPtr ExpeditionToTnf::WritePhysicalDimensions(ElementList& /*elements*/)
+{
+    return CBlockPtr(L"PhysicalDimensions");
+}

@@ -1,0 +1,82 @@
+// ExpeditionParser.h - the reader object of an Expedition job.
+//
+// One parser reads one job directory: a reader per file, in a fixed order,
+// each turning records into elements of the design model (in millimetres) and
+// leaving the tables that later readers and the writers need in the fields
+// below. The parser owns none of the elements; its vectors are a second,
+// non-owning view of the element list.
+#pragma once
+
+#include "core/lib/vellum/LongFileName.h"
+#include "core/lib/vellum/streamio/TokenStream.h"
+#include "translators/ExpeditionToTnf/ExpeditionLayout.h"
+
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+struct ExpeditionClearanceRule;
+
+class ExpeditionParser
+{
+public:
+    explicit ExpeditionParser(const AString& directory);
+    ~ExpeditionParser();
+    ExpeditionParser(const ExpeditionParser&) = delete;
+    ExpeditionParser& operator=(const ExpeditionParser&) = delete;
+
+    // Reads the whole job into the element list. Returns only on success: a
+    // missing required file or a corrupt token run ends the process.
+    void Read(ElementList& elements);
+
+    // The reading order, one step per file or pass.
+    void ReadJobPrefs(ElementList& elements);
+    void ReadPadstacks(ElementList& elements);
+    void LookForNetProps();
+    void ReadCells(ElementList& elements);
+    void ReadLayout(ElementList& elements);
+    bool ReadPlanes(double factor);
+    void CompleteNets();
+    void ReadNetClasses();
+    void CleanPlaneShapes();
+    void ReadPartDatabase();
+    void CollectUsedPads(ElementList& elements);
+
+    // Opens a file of the job under its given spelling or in lower case
+    // (lowerName, when given, is the lower-case spelling to try). A required
+    // file under neither spelling ends the run with "File I/O Error".
+    // Returns false for a missing optional file.
+    bool OpenJobFile(const AString& name, const AString& lowerName, bool required, LongFileName& found) const;
+
+    // Shows the "File I/O Error" box with the text and ends the process with
+    // exit status 0: the one way a reader stops a run.
+    [[noreturn]] static void EndWithFileError(const AString& text);
+
+    AString m_Directory;
+    int m_PhysicalLayers = 0;
+    ExpeditionPlaneConnection* m_DefaultViaConnection = nullptr;
+    ExpeditionPlaneConnection* m_DefaultThruPadConnection = nullptr;
+    ExpeditionPlaneConnection* m_DefaultSmdPadConnection = nullptr;
+    std::map<int, AString> m_LayerNames;                    // conductive number to layer name
+    std::vector<ExpeditionClearanceRule*> m_ClearanceRules; // subrules of NetClass.hkp
+    std::map<AString, std::set<AString>> m_CellPadStacks;   // cell name to its pins' padstacks
+    std::vector<AString> m_MissingCells;
+    std::set<AString> m_UsedNames;
+    std::set<AString> m_UsedPadStacks;
+    std::set<AString> m_UsedPads;
+    std::map<AString, ExpeditionPartValues*> m_PartValues;
+    std::map<AString, AString> m_PartNames;
+    std::map<AString, std::vector<ExpeditionPad*>> m_PadLoops;
+    std::set<AString> m_OppSidePadStacks;
+    std::vector<std::pair<AString, AString>> m_PlaneNets; // net name, layer name
+    ExpeditionShapes* m_RouteBorder = nullptr;
+    std::vector<ExpeditionLayoutNet*> m_Nets;
+    std::vector<ExpeditionPadStack*> m_PadStacks;
+    std::vector<ExpeditionPad*> m_Pads;
+    std::map<int, ExpeditionLayer*> m_Layers;
+    std::map<AString, AString> m_PartTypes;
+    bool m_HasNetProps = true;
+    double m_Tolerance = 1e-6;
+    double m_LayoutUnitFactor = 1.0;
+};

@@ -1,0 +1,177 @@
+// ExpeditionToTnf.cpp - the order of a run and the root of the neutral file.
+#include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
+
+#include "core/lib/vellum/LongFileName.h"
+#include "core/lib/vellum/streamio/TokenStream.h"
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
+
+#include <ctime>
+#include <memory>
+
+using io::CBlock_func;
+using io::CBlock_value;
+using io::CBlockFuncPtr;
+using io::CBlockPtr;
+using io::CNamed_value_manip;
+
+ExpeditionToTnf::~ExpeditionToTnf()
+{
+    delete m_DefaultSmdPadConnection;
+    delete m_DefaultThruPadConnection;
+    delete m_DefaultViaConnection;
+}
+
+AString ExpeditionToTnf::MakeDateText()
+{
+    const std::time_t now = std::time(nullptr);
+    const char* text = std::ctime(&now);
+    AString date(text ? text : "");
+    const size_t lineFeed = date.find(L'\n', 0);
+    if (lineFeed != AString::npos && lineFeed > 0)
+        date = date.substr(0, lineFeed);
+    return date;
+}
+
+void ExpeditionToTnf::TakeOverFromParser(ExpeditionParser& parser)
+{
+    m_PhysicalLayers = parser.m_PhysicalLayers;
+    // The driver owns the connection records from now on.
+    m_DefaultViaConnection = parser.m_DefaultViaConnection;
+    m_DefaultThruPadConnection = parser.m_DefaultThruPadConnection;
+    m_DefaultSmdPadConnection = parser.m_DefaultSmdPadConnection;
+    parser.m_DefaultViaConnection = nullptr;
+    parser.m_DefaultThruPadConnection = nullptr;
+    parser.m_DefaultSmdPadConnection = nullptr;
+    m_UsedNames = parser.m_UsedNames;
+    m_UsedPadStacks = parser.m_UsedPadStacks;
+    m_UsedPads = parser.m_UsedPads;
+    m_PartValues = parser.m_PartValues;
+    parser.m_PartValues.clear();
+    m_LayerNames = parser.m_LayerNames;
+    m_PartNames = parser.m_PartNames;
+    for (const auto& [pad, loops] : parser.m_PadLoops)
+        m_PadLoops[pad].assign(loops.begin(), loops.end());
+    m_OppSidePadStacks = parser.m_OppSidePadStacks;
+    m_PartTypes = parser.m_PartTypes;
+}
+
+void ExpeditionToTnf::ReserveReferenceDesignators(ElementList& elements)
+{
+    for (ExpeditionBaseElement* element : elements)
+    {
+        ExpeditionComponent* component = element->AsComponent();
+        if (!component)
+            continue;
+        // The last REF_DES text of the component counts.
+        AString refDes;
+        for (const ExpeditionText* text : component->m_Texts)
+            if (text && text->m_TextType == L"REF_DES")
+                refDes = text->m_Text;
+        if (!refDes.empty() && refDes[0] == L'U')
+            m_ReservedRefDes.insert(refDes);
+    }
+}
+
+void ExpeditionToTnf::Translate(const AString& directory, const AString& outputFile, bool interactive)
+{
+    // 1-2. Read the whole job.
+    ElementList elements;
+    auto parser = std::make_unique<ExpeditionParser>(directory);
+    parser->Read(elements);
+
+    // 3. Take over what the readers leave for the writers.
+    TakeOverFromParser(*parser);
+
+    // 4-6. Date, output name and stream; the file is opened before any block exists.
+    AString date = MakeDateText();
+    LongFileName file(outputFile);
+    file.ChangeExt(GetFileExtension(3));
+    [[maybe_unused]] io::CToken_grammar grammar;
+    io::CToken_ostream stream(file, 32);
+    stream.SetPrecision(10);
+
+    // 7. The root and its head items.
+    CBlockPtr root(L"TarvexNeutralFile");
+    CBlock_func version(L"Version");
+    version << L"4" << L"0";
+    *root << version;
+    CBlock_func source(L"Source");
+    source << AString(L"MentorExpedition") << AString(L"Version 2002") << AString();
+    *root << source;
+    *root << CNamed_value_manip<AString>(L"Date", CBlock_value(date), &date);
+    *root << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
+
+    // 8. The two names of the unconnected net are left as the model has them:
+    // the netlist writer turns "(net0)" into "DUMMY" itself.
+    for (ExpeditionBaseElement* element : elements)
+        if (ExpeditionLayoutNet* net = element->AsLayoutNet())
+            if (net->m_Name.CompareNoCase(L"(net0)") == 0 ||
+                net->m_Name.CompareNoCase(L"Unconnected_net") == 0)
+                net->m_Name = AString(net->m_Name);
+
+    // 9. Reference designators that begin with "U" are taken.
+    ReserveReferenceDesignators(elements);
+
+    // 10-17. The blocks, in the file's order.
+    *root << WritePadShapes(elements);
+    *root << WritePadStacks(elements);
+    ExpandPins(elements);
+    *root << CBlockPtr(L"Symbols");
+    *root << WriteFootprints(elements);
+    *root << CBlockPtr(L"Materials");
+    *root << WriteComponents(elements);
+    *root << WriteLayoutData(elements);
+
+    // 18. Only now does text reach the file.
+    stream << *root;
+
+    // 19-20. Report.
+    AString success = file.NameWithExt() + L" written successfully.";
+    if (!parser->m_MissingCells.empty())
+        success += L"\r\nSome cells were missing in the database and were ignored";
+    if (interactive)
+        ExpeditionUi::ShowMessage_G(AString(L"Success Message"), success);
+    stream.Close();
+
+    // 21. The part values were the driver's to free.
+    for (auto& [part, values] : m_PartValues)
+    {
+        delete values;
+        values = nullptr;
+    }
+
+    // 22. The run is over; the elements go with it.
+    parser.reset();
+    for (auto it = elements.rbegin(); it != elements.rend(); ++it)
+        delete *it;
+}
+
+CBlockPtr ExpeditionToTnf::WriteLayoutData(ElementList& elements)
+{
+    CBlockPtr layoutData(L"LayoutData");
+    CBlockPtr layoutCell(L"LayoutCell");
+    *layoutCell << CNamed_value_manip<AString>(L"CellName", CBlock_value(L"ExpeditionBoard"));
+
+    // The netlist first, then the layout: the running shape id counts through
+    // the layout nets before it reaches the physical dimensions.
+    *layoutCell << WriteNetlist(elements);
+    CBlockPtr layout(L"Layout");
+    *layout << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
+    *layout << WriteLayers(elements);
+    *layout << CBlockPtr(L"LayoutPorts");
+    *layout << WriteLayoutComponents(elements);
+    *layout << WriteLayoutNets(elements);
+    *layoutCell << layout;
+    *layoutData << layoutCell;
+
+    CBlockPtr design(L"Design");
+    *design << CNamed_value_manip<AString>(L"Name", CBlock_value(L"ExpeditionBoard"));
+    CBlockPtr topLayout(L"TopLayout");
+    *topLayout << WriteLayers(elements);
+    *topLayout << WritePhysicalDimensions(elements);
+    *design << topLayout;
+    *design << CBlockPtr(L"Instances");
+    *layoutData << design;
+    return layoutData;
+}

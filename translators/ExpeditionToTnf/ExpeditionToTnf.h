@@ -1,0 +1,73 @@
+// ExpeditionToTnf.h - the driver of a translation and the writers of the
+// neutral file's blocks.
+//
+// One ExpeditionToTnf serves one run: Translate reads the job through
+// ExpeditionParser, takes over the tables the readers leave, builds the whole
+// block tree in memory, one writer per block in the file's fixed order, and
+// puts it on the output stream with one <<. The maps and sets below are what
+// passes between the writers.
+#pragma once
+
+#include "core/lib/vellum/streamio/Block.h"
+#include "translators/ExpeditionToTnf/ExpeditionLayout.h"
+
+#include <map>
+#include <set>
+#include <vector>
+
+class ExpeditionParser;
+
+// One layer entry of a padstack that uses a pad of several loops.
+struct PadStackLayerEntry;
+
+class ExpeditionToTnf
+{
+public:
+    ExpeditionToTnf() = default;
+    ~ExpeditionToTnf();
+    ExpeditionToTnf(const ExpeditionToTnf&) = delete;
+    ExpeditionToTnf& operator=(const ExpeditionToTnf&) = delete;
+
+    // Performs one run: reads the job in directory and writes outputFile with
+    // the neutral file's extension. In interactive mode success is reported
+    // in a message box.
+    void Translate(const AString& directory, const AString& outputFile, bool interactive);
+
+    // The date text of the file: ctime's local time without its line feed.
+    static AString MakeDateText();
+
+    // Block writers, in the order the run calls them.
+    io::CBlockPtr WritePadShapes(ElementList& elements);
+    io::CBlockPtr WritePadStacks(ElementList& elements);
+    void ExpandPins(ElementList& elements);
+    io::CBlockPtr WriteFootprints(ElementList& elements);
+    io::CBlockPtr WriteComponents(ElementList& elements);
+    io::CBlockPtr WriteLayoutData(ElementList& elements);
+    io::CBlockPtr WriteNetlist(ElementList& elements);
+    io::CBlockPtr WriteLayers(ElementList& elements);
+    io::CBlockPtr WriteLayoutComponents(ElementList& elements);
+    io::CBlockPtr WriteLayoutNets(ElementList& elements);
+    io::CBlockPtr WritePhysicalDimensions(ElementList& elements);
+
+    int m_PhysicalLayers = 0;
+    int m_NextShapeId = 0; // running id of geometric items; the first is 1
+    ExpeditionPlaneConnection* m_DefaultViaConnection = nullptr;
+    ExpeditionPlaneConnection* m_DefaultThruPadConnection = nullptr;
+    ExpeditionPlaneConnection* m_DefaultSmdPadConnection = nullptr;
+    std::set<AString> m_UsedNames;
+    std::set<AString> m_UsedPadStacks;
+    std::set<AString> m_UsedPads;
+    std::map<AString, ExpeditionPartValues*> m_PartValues;
+    std::map<int, AString> m_LayerNames;
+    std::map<AString, AString> m_PartNames;
+    std::map<AString, std::vector<ExpeditionBaseElement*>> m_PadLoops;
+    std::map<AString, std::vector<PadStackLayerEntry*>> m_PadStackLayers;
+    std::map<AString, std::vector<AString>> m_PadStackExtras;
+    std::set<AString> m_OppSidePadStacks;
+    std::set<AString> m_ReservedRefDes;
+    std::map<AString, AString> m_PartTypes;
+
+private:
+    void TakeOverFromParser(ExpeditionParser& parser);
+    void ReserveReferenceDesignators(ElementList& elements);
+};
