@@ -40,6 +40,14 @@ enum Exception
     k_NegativeCount = 1
 };
 
+// The answer of an operation that may fail: m_Value is meaningful only when
+// m_Success is set. Intersections of two curves return a pair of these.
+template <class T> struct Result_T
+{
+    bool m_Success = false;
+    T m_Value{};
+};
+
 // Largest usable coordinate: far below DBL_MAX, so that sums, differences and
 // products with small factors never overflow.
 inline constexpr double k_InfiniteValue = DBL_MAX / 1000000;

@@ -8,8 +8,6 @@
 
 #include "lib/math/geometry/Vector.h"
 
-#include <vector>
-
 namespace geom
 {
 class Point
@@ -48,7 +46,8 @@ public:
     friend Vector operator-(const Point& a, const Point& b) { return Vector(a.m_X - b.m_X, a.m_Y - b.m_Y); }
     friend bool operator==(const Point& a, const Point& b) { return a.m_X == b.m_X && a.m_Y == b.m_Y; }
     friend bool operator!=(const Point& a, const Point& b) { return !(a == b); }
-    // x first, then y: the order that normalises edges (see Arc's middle point).
+    // x first, then y: the order in which edges are normalised before a middle
+    // point is computed, so that an edge and its reverse give the same bits.
     friend bool operator<(const Point& a, const Point& b)
     {
         return a.m_X < b.m_X || (a.m_X == b.m_X && a.m_Y < b.m_Y);
@@ -68,12 +67,4 @@ Point GetMiddle_G(const Point& a, const Point& b, const Point& c, const Point& d
 // negative k_CW, zero k_NoDirection, positive k_CCW.
 Direction GetOrientation_G(const Point& a, const Point& b, const Point& c);
 
-// Merges points that lie within a circular distance tolerance of a kept point
-// into the middle of the two, pass after pass, until a pass merges nothing.
-std::vector<Point> MergeClosePoints_G(const std::vector<Point>& pts, Unit tolerance);
-// The points that the two lists have in common within a circular tolerance,
-// each as the middle of the matching pair; matches close to one already found
-// are folded into it.
-std::vector<Point> GetCommonPoints_G(const std::vector<Point>& pts1, const std::vector<Point>& pts2,
-                                     Unit tolerance);
 } // namespace geom

@@ -3,6 +3,8 @@
 
 #include "core/lib/vellum/Assert.h"
 
+#include <initializer_list>
+
 namespace geom
 {
 Box::Box(const Point& a, const Point& b)

@@ -1,4 +1,4 @@
-// Point.cpp - distances, rounding, middles, orientation and the point-list helpers.
+// Point.cpp - distances, rounding, middles and orientation of points.
 #include "lib/math/geometry/Point.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -47,73 +47,4 @@ Direction GetOrientation_G(const Point& a, const Point& b, const Point& c)
     return k_NoDirection;
 }
 
-namespace
-{
-// One pass of the merge; tells whether anything was merged.
-bool MergeOnce(const std::vector<Point>& pts, Area tolerance_square, std::vector<Point>& ret)
-{
-    bool merged = false;
-    ret.clear();
-    ret.reserve(pts.size());
-    for (const Point& p : pts)
-    {
-        bool found = false;
-        for (Point& kept : ret)
-        {
-            if (tolerance_square >= kept.GetDistanceSquareTo(p))
-            {
-                kept = GetMiddle_G(kept, p);
-                found = merged = true;
-                break;
-            }
-        }
-        if (!found)
-            ret.push_back(p);
-    }
-    return merged;
-}
-} // namespace
-
-std::vector<Point> MergeClosePoints_G(const std::vector<Point>& pts, Unit tolerance)
-{
-    const Area tolerance_square = tolerance * tolerance;
-    std::vector<Point> current = pts, ret;
-    // A merge moves the kept point, which may bring it within reach of another
-    // kept point: repeat until a pass changes nothing. Each merging pass
-    // shortens the list, so this ends.
-    while (MergeOnce(current, tolerance_square, ret))
-    {
-        VELLUM_ASSERT(ret.size() < current.size());
-        current.swap(ret);
-    }
-    return ret;
-}
-
-std::vector<Point> GetCommonPoints_G(const std::vector<Point>& pts1, const std::vector<Point>& pts2,
-                                     Unit tolerance)
-{
-    const Area tolerance_square = tolerance * tolerance;
-    std::vector<Point> ret;
-    for (const Point& a : pts1)
-    {
-        for (const Point& b : pts2)
-        {
-            if (a.GetDistanceSquareTo(b) > tolerance_square)
-                continue;
-            const Point middle = GetMiddle_G(a, b);
-            bool found = false;
-            for (Point& kept : ret)
-            {
-                if (kept.GetDistanceSquareTo(middle) <= tolerance_square)
-                {
-                    kept = GetMiddle_G(kept, middle);
-                    found = true;
-                }
-            }
-            if (!found)
-                ret.push_back(middle);
-        }
-    }
-    return ret;
-}
 } // namespace geom
