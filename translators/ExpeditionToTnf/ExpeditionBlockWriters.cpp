@@ -32,10 +32,6 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& /*elements*/)
 {
     return CBlockPtr(L"Netlist");
 }
-CBlockPtr ExpeditionToTnf::WriteLayers(ElementList& /*elements*/)
-{
-    return CBlockPtr(L"Layers");
-}
 CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& /*elements*/)
 {
     return CBlockPtr(L"LayoutComponents");

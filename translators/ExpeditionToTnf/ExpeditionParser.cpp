@@ -53,6 +53,148 @@ void ExpeditionParser::Read(ElementList& elements)
     CollectUsedPads(elements);
 }
 
+int ExpeditionParser::NextToken(io::CToken_istream& stream, AString& token)
+{
+    int level = 0;
+    token = L".";
+    while (token == L"." && !stream.eof())
+    {
+        stream >> token;
+        if (++level > 8)
+            EndWithFileError(AString(L"Token read failure! File may be corrupted"));
+    }
+    if (!token.empty() && token[0] == L'.')
+    {
+        // The lexer glued the dot to a digit: the keyword is the rest of the line.
+        AString rest;
+        token.erase(0, 1);
+        stream.NewLine(rest);
+        const size_t carriageReturn = rest.find(L'\r', 0);
+        if (carriageReturn != AString::npos)
+            rest.erase(carriageReturn);
+        token += rest;
+    }
+    return level;
+}
+
+int ExpeditionParser::NextPlainToken(io::CToken_istream& stream, AString& token)
+{
+    int reads = 0;
+    token = L".";
+    while (token == L"." && !stream.eof())
+    {
+        stream >> token;
+        ++reads;
+    }
+    return reads;
+}
+
+double ExpeditionParser::UnitFactor(const AString& text)
+{
+    const size_t carriageReturn = text.find(L'\r', 0);
+    const AString word =
+        (carriageReturn != AString::npos && carriageReturn >= 1) ? text.substr(0, carriageReturn) : text;
+    if (word.CompareNoCase(L"mm") == 0)
+        return 1.0;
+    if (word.CompareNoCase(L"th") == 0)
+        return 0.0254;
+    if (word.CompareNoCase(L"in") == 0)
+        return 25.4;
+    if (word.CompareNoCase(L"um") == 0)
+        return 0.001;
+    if (word.CompareNoCase(L"1NM") == 0)
+        return 1e-06;
+    if (word.CompareNoCase(L"10NM") == 0)
+        return 1e-05;
+    return 1.0;
+}
+
+void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                                    double factor)
+{
+    AString token;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (token.CompareNoCase(L"XY") == 0)
+            break;
+    }
+    AString scratch;
+    while (!stream.eof())
+    {
+        stream >> scratch;
+        // A lone dot is the first dot of the next keyword, used up here.
+        if (scratch == L".")
+            break;
+        double x = 0.0, y = 0.0;
+        stream >> x >> scratch >> y >> scratch;
+        vertices.push_back(new ExpeditionVertex(x * factor, y * factor, 0.0));
+    }
+}
+
+AString ExpeditionParser::MakeUniqueName(const AString& name, const std::vector<AString>& taken)
+{
+    const auto isTaken = [&taken](const AString& candidate)
+    {
+        for (const AString& t : taken)
+            if (t.CompareNoCase(candidate) == 0)
+                return true;
+        return false;
+    };
+    if (!isTaken(name))
+        return name;
+    AString candidate;
+    for (int i = 1;; ++i)
+    {
+        candidate.Format(L"%s_%d", name.c_str(), i);
+        if (!isTaken(candidate))
+            return candidate;
+    }
+}
+
+ExpeditionPad* ExpeditionParser::FindPad(const AString& name)
+{
+    return m_PadIndex.Find(
+        m_Pads, name, [](ExpeditionPad* pad) { return pad->AsPad(); },
+        [](ExpeditionPad* pad) -> const AString& { return pad->m_Name; });
+}
+
+ExpeditionPadStack* ExpeditionParser::FindPadStack(const ElementList& elements, const AString& name)
+{
+    return m_PadStackIndex.Find(
+        elements, name, [](ExpeditionBaseElement* e) { return e->AsPadStack(); },
+        [](ExpeditionPadStack* p) -> const AString& { return p->m_Name; });
+}
+
+ExpeditionFootprint* ExpeditionParser::FindFootprint(const ElementList& elements, const AString& name)
+{
+    return m_FootprintIndex.Find(
+        elements, name, [](ExpeditionBaseElement* e) { return e->AsFootprint(); },
+        [](ExpeditionFootprint* f) -> const AString& { return f->m_Name; });
+}
+
+ExpeditionLayoutNet* ExpeditionParser::FindNet(const AString& name)
+{
+    return m_NetIndex.Find(
+        m_Nets, name, [](ExpeditionLayoutNet* net) { return net; },
+        [](ExpeditionLayoutNet* net) -> const AString& { return net->m_Name; });
+}
+
+AString ExpeditionParser::GetTopLayerName()
+{
+    return m_LayerNames[1];
+}
+
+AString ExpeditionParser::GetBottomLayerName()
+{
+    return m_LayerNames[static_cast<int>(m_LayerNames.size())];
+}
+
+AString ExpeditionParser::GetMountLayerName(const AString& word)
+{
+    return word.CompareNoCase(L"MNT_LYR") == 0 ? GetTopLayerName() : GetBottomLayerName();
+}
+
 void ExpeditionParser::LookForNetProps()
 {
     // The file is looked for and never read.

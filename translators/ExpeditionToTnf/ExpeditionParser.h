@@ -10,6 +10,7 @@
 #include "core/lib/vellum/LongFileName.h"
 #include "core/lib/vellum/streamio/TokenStream.h"
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
+#include "translators/ExpeditionToTnf/ExpeditionNameIndex.h"
 
 #include <map>
 #include <set>
@@ -49,6 +50,37 @@ public:
     // Returns false for a missing optional file.
     bool OpenJobFile(const AString& name, const AString& lowerName, bool required, LongFileName& found) const;
 
+    // The next keyword behind its dots, and its level: the number of reads it
+    // took to get past the lone dots. Eight reads are the limit; a longer run
+    // of dots ends the process as a corrupt file. A token that begins with a
+    // dot (".4_WEB_ROUND_THERMAL") takes the rest of its line.
+    static int NextToken(io::CToken_istream& stream, AString& token);
+    // The plainer form: reads past the lone dots, with no limit and no repair
+    // of a leading dot. Returns the number of reads.
+    static int NextPlainToken(io::CToken_istream& stream, AString& token);
+    // The factor to millimetres of the text behind a units keyword.
+    static double UnitFactor(const AString& text);
+    // Reads the XY list of a polyline, each point times factor.
+    static void ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                             double factor);
+    // name if taken holds no equal name (without regard to case), else the
+    // first free "name_1", "name_2", ...
+    static AString MakeUniqueName(const AString& name, const std::vector<AString>& taken);
+
+    // Look-ups by name without regard to case; the first match in list order,
+    // or null.
+    ExpeditionPad* FindPad(const AString& name);
+    ExpeditionPadStack* FindPadStack(const ElementList& elements, const AString& name);
+    ExpeditionFootprint* FindFootprint(const ElementList& elements, const AString& name);
+    ExpeditionLayoutNet* FindNet(const AString& name);
+
+    // Layer names of the stack-up; a missing entry is inserted empty.
+    AString GetTopLayerName();
+    AString GetBottomLayerName();
+    // "MNT_LYR" (any case) is the top layer, every other word the bottom one.
+    AString GetMountLayerName(const AString& word);
+    double GetTolerance() const { return m_Tolerance; }
+
     // Shows the "File I/O Error" box with the text and ends the process with
     // exit status 0: the one way a reader stops a run.
     [[noreturn]] static void EndWithFileError(const AString& text);
@@ -79,4 +111,19 @@ public:
     bool m_HasNetProps = true;
     double m_Tolerance = 1e-6;
     double m_LayoutUnitFactor = 1.0;
+
+private:
+    // The records of JobPrefs.hkp.
+    ExpeditionPlaneConnection* ReadPlaneConnection(io::CToken_istream& stream, double factor);
+    void ReadUserLayers(io::CToken_istream& stream, AString& token, ElementList& elements);
+    void ReadStackup(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadConductiveLayer(io::CToken_istream& stream, AString& token, double factor,
+                             ElementList& elements);
+    void ReadDielectricLayer(io::CToken_istream& stream, AString& token, double factor,
+                             ElementList& elements);
+
+    ExpeditionNameIndex<ExpeditionPad> m_PadIndex;
+    ExpeditionNameIndex<ExpeditionPadStack> m_PadStackIndex;
+    ExpeditionNameIndex<ExpeditionFootprint> m_FootprintIndex;
+    ExpeditionNameIndex<ExpeditionLayoutNet> m_NetIndex;
 };
