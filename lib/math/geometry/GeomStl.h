@@ -14,7 +14,7 @@ namespace geom
 {
 // Merges points that lie within a circular distance tolerance of a kept point
 // into the middle of the two, pass after pass, until a pass merges nothing.
-std::vector<Point> MergeClosePoints_G(const std::vector<Point>& pts, Unit tolerance);
+std::vector<Point> MergeClosePoints_G(const std::vector<Point>& points, Unit tolerance);
 
 // The points that the two lists have in common within a circular tolerance,
 // each as the middle of the matching pair; a match close to points already

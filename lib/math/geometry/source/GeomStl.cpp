@@ -30,17 +30,17 @@ bool MergeOnce(const std::vector<Point>& pts, Area tolerance_square, std::vector
 }
 } // namespace
 
-std::vector<Point> MergeClosePoints_G(const std::vector<Point>& pts, Unit tolerance)
+std::vector<Point> MergeClosePoints_G(const std::vector<Point>& points, Unit tolerance)
 {
     const Area tolerance_square = tolerance * tolerance;
-    std::vector<Point> current = pts, ret;
+    std::vector<Point> pts = points, ret;
     // A merge moves the kept point, which may bring it within reach of another
     // kept point: repeat until a pass changes nothing. Each merging pass
     // shortens the list, so this ends.
-    while (MergeOnce(current, tolerance_square, ret))
+    while (MergeOnce(pts, tolerance_square, ret))
     {
-        VELLUM_ASSERT(ret.size() < current.size());
-        current.swap(ret);
+        VELLUM_ASSERT(ret.size() < pts.size());
+        pts.swap(ret);
     }
     return ret;
 }
