@@ -266,11 +266,14 @@ public:
     }
 
     // Inserts before a position (the end: at the back) and returns the new
-    // element's position.
+    // element's position. A position of another tree inserts nothing.
     template <class V> iterator InsertBefore(iterator before_what_it, V&& value)
     {
         VELLUM_ASSERT(before_what_it.m_TreePtr == this);
+        if (before_what_it.m_TreePtr != this)
+            return end();
         Node* node_to_insert = NewNode(std::forward<V>(value));
+        VELLUM_ASSERT(node_to_insert);
         LinkBefore(before_what_it.m_CurrentNode, node_to_insert, UpdateBox{});
         return iterator(this, node_to_insert);
     }
@@ -279,7 +282,10 @@ public:
     template <class V> iterator InsertAfter(iterator after_what_it, V&& value)
     {
         VELLUM_ASSERT(after_what_it.m_TreePtr == this);
+        if (after_what_it.m_TreePtr != this)
+            return end();
         Node* node_to_insert = NewNode(std::forward<V>(value));
+        VELLUM_ASSERT(node_to_insert);
         AvlNode* before =
             after_what_it.m_CurrentNode ? AvlTree::GetNext(after_what_it.m_CurrentNode) : GetFirst();
         LinkBefore(before, node_to_insert, UpdateBox{});

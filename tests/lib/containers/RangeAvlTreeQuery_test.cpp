@@ -147,21 +147,6 @@ TEST(RangeAvlTreeQuery, VerdictsOfTheRoot)
     EXPECT_EQ(T::GetVerdict(root, base::k_NoFilter, away), T::k_Matches);
 }
 
-TEST(RangeAvlTreeQuery, TheBoxFollowsEveryEdit)
-{
-    RangeAvlTree<Point> tree;
-    EXPECT_TRUE(tree.GetBBox().IsEmpty());
-    tree.PushBack(Point(1, 1));
-    EXPECT_EQ(tree.GetBBox(), Box(Point(1, 1)));
-    tree.PushBack(Point(-3, 5));
-    auto far = tree.PushBack(Point(10, -2));
-    EXPECT_EQ(tree.GetBBox(), Box(Unit(-3), Unit(10), Unit(-2), Unit(5)));
-    tree.Replace(far, Point(2, 0));
-    EXPECT_EQ(tree.GetBBox(), Box(Unit(-3), Unit(2), Unit(0), Unit(5)));
-    tree.Erase(tree.begin() + 1);
-    EXPECT_EQ(tree.GetBBox(), Box(Unit(1), Unit(2), Unit(0), Unit(1)));
-}
-
 namespace
 {
 // An element that counts its live instances, to see that the tree destroys

@@ -217,24 +217,6 @@ TEST(RangeAvlTreeEdit, ErasingTheOnlyNodeEmptiesTheTree)
     ExpectTreeHolds(tree, {Point(2, 2)});
 }
 
-TEST(RangeAvlTreeEdit, ForeignIteratorsAndTheEndAreRefused)
-{
-    const CountEveryAssert counting;
-    RangeAvlTree<Point> tree, other;
-    tree.Build(PointsUpTo(5));
-    other.Build(PointsUpTo(2));
-
-    unsigned long before = GetFailedAssertCount_G();
-    tree.Erase(tree.end());
-    EXPECT_GT(GetFailedAssertCount_G(), before);
-
-    before = GetFailedAssertCount_G();
-    tree.Erase(other.begin());
-    EXPECT_GT(GetFailedAssertCount_G(), before);
-    ExpectTreeHolds(tree, PointsUpTo(5));
-    ExpectTreeHolds(other, PointsUpTo(2));
-}
-
 TEST(RangeAvlTreePosition, IndexNthAdvanceAndOrderAgreeWithTheVector)
 {
     std::mt19937 random(7);
@@ -272,12 +254,22 @@ TEST(RangeAvlTreePosition, IndexNthAdvanceAndOrderAgreeWithTheVector)
     }
 }
 
-TEST(RangeAvlTreePosition, OutOfRangeAssertsAndGivesTheEnd)
+TEST(RangeAvlTreePosition, RefusalsAssertAndLeaveTheTreeIntact)
 {
     const CountEveryAssert counting;
-    RangeAvlTree<Point> tree;
+    RangeAvlTree<Point> tree, other;
     tree.Build(PointsUpTo(10));
+    other.Build(PointsUpTo(2));
+
     unsigned long before = GetFailedAssertCount_G();
+    tree.Erase(tree.end());
+    tree.Erase(other.begin());
+    tree.InsertBefore(other.end(), Point(0, 0));
+    EXPECT_EQ(GetFailedAssertCount_G(), before + 3);
+    ExpectTreeHolds(tree, PointsUpTo(10));
+    ExpectTreeHolds(other, PointsUpTo(2));
+
+    before = GetFailedAssertCount_G();
     EXPECT_TRUE(tree.GetNthIterator(10) == tree.end());
     EXPECT_TRUE(tree.GetNthIterator(-1) == tree.end());
     EXPECT_GT(GetFailedAssertCount_G(), before);

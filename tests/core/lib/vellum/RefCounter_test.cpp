@@ -76,6 +76,12 @@ TEST(RefCounterTest, ReleaseAndMove)
     EXPECT_EQ(b.GetShareCount(), 0u);
     EXPECT_TRUE(a.IsUniqueOwner());
 
+    // A copy of a null pointer shares nothing.
+    ProbePtr none;
+    ProbePtr noneCopy(none);
+    EXPECT_TRUE(noneCopy.IsNull());
+    EXPECT_FALSE(noneCopy.IsUniqueOwner());
+
     ProbePtr c(std::move(a));
     EXPECT_TRUE(a.IsNull());
     EXPECT_TRUE(c.IsUniqueOwner());
@@ -88,18 +94,6 @@ TEST(RefCounterTest, ReleaseAndMove)
     EXPECT_GT(GetFailedAssertCount_G(), before);
     EXPECT_TRUE(c.IsNull());
     LogFailedAsserts_G = oldLog;
-}
-
-TEST(RefCounterTest, NullPointersOwnNothing)
-{
-    ProbePtr a;
-    ProbePtr b(nullptr);
-    EXPECT_TRUE(a.IsNull());
-    EXPECT_TRUE(b.IsNull());
-    EXPECT_FALSE(a.IsUniqueOwner());
-    ProbePtr c(a);
-    EXPECT_TRUE(c.IsNull());
-    EXPECT_EQ(c.GetShareCount(), 0u);
 }
 
 TEST(RefCounterTest, MakeUniqueOwnerCopiesOnlyWhenShared)
