@@ -160,7 +160,7 @@ void BM_Insert_RangeAvlTreeAtRandomPosition(benchmark::State& state)
     {
         RangeAvlTree<Tile> tree;
         for (int k = 0; k < n; ++k)
-            tree.InsertBefore(tree.begin() + at[k], tiles[k]);
+            tree.InsertBefore(at[k] == k ? tree.end() : tree.GetNthIterator(at[k]), tiles[k]);
         benchmark::DoNotOptimize(tree.GetBBox());
         state.PauseTiming();
         tree.Clear();

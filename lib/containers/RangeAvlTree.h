@@ -184,14 +184,22 @@ public:
         range_iterator& operator++()
         {
             VELLUM_ASSERT(IsDereferenceable());
-            if (IsDereferenceable())
+            if (!IsDereferenceable())
+                return *this;
+            if (m_Mode == k_NoFilter) // every node matches: the plain step is the same walk, cheaper
+                iterator::operator++();
+            else
                 this->m_CurrentNode = this->m_TreePtr->NextInRange(this->m_CurrentNode, m_Mode, m_Box);
             return *this;
         }
         range_iterator& operator--()
         {
             VELLUM_ASSERT(IsDereferenceable());
-            if (IsDereferenceable())
+            if (!IsDereferenceable())
+                return *this;
+            if (m_Mode == k_NoFilter)
+                iterator::operator--();
+            else
                 this->m_CurrentNode = this->m_TreePtr->PreviousInRange(this->m_CurrentNode, m_Mode, m_Box);
             return *this;
         }
