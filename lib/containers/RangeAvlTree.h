@@ -32,10 +32,11 @@ enum FilterMode
     k_SkipInside = 2   // only elements whose box doesn't lie wholly in the query box
 };
 
-// The box by which an element is indexed. Shapes answer GetBBox(); a point is
-// its own box. An element type with a tighter box than GetBBox() (an arc,
-// whose loose box holds the whole circle) specialises this template next to
-// its own declaration.
+// The box by which an element is indexed and filtered: the tightest box the
+// element can give cheaply, since a loose one lets queries visit elements
+// that cannot match. Arcs, polygons and regions answer GetBBox(); a point is
+// its own box. An element type whose GetBBox() isn't that box specialises
+// this template next to its own declaration, before any tree of it is used.
 template <class T> struct RangeElementBox_T
 {
     static geom::Box Get(const T& value) { return value.GetBBox(); }
