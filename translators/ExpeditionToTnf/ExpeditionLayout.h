@@ -559,3 +559,28 @@ struct ExpeditionPartValues
     AString m_ParasiticResistance;
     AString m_ParasiticInductance;
 };
+
+// The clearances of one subrule of NetClass.hkp, in millimetres.
+struct ExpeditionClearanceRule
+{
+    ExpeditionClearanceRule(const AString& layerName, double traceToTrace, double traceToPad,
+                            double traceToVia, double viaToVia, double viaToPad, double spareClearance,
+                            double padToPad, double planeToPad, double planeToVia, double planeToPlane)
+        : m_LayerName(layerName), m_TraceToTrace(traceToTrace), m_TraceToPad(traceToPad),
+          m_TraceToVia(traceToVia), m_ViaToVia(viaToVia), m_ViaToPad(viaToPad),
+          m_SpareClearance(spareClearance), m_PadToPad(padToPad), m_PlaneToPad(planeToPad),
+          m_PlaneToVia(planeToVia), m_PlaneToPlane(planeToPlane)
+    {
+    }
+    AString m_LayerName;     // LAYER_NUM by way of the layer names
+    double m_TraceToTrace;   // TRACE_TO_TRACE
+    double m_TraceToPad;     // TRACE_TO_PAD
+    double m_TraceToVia;     // TRACE_TO_VIA
+    double m_ViaToVia;       // VIA_TO_VIA
+    double m_ViaToPad;       // VIA_TO_PAD
+    double m_SpareClearance; // always 0.0
+    double m_PadToPad;       // PAD_TO_PAD
+    double m_PlaneToPad;     // PLANE_TO_TRACE and PLANE_TO_PAD: the later in the subrule wins
+    double m_PlaneToVia;     // PLANE_TO_VIA
+    double m_PlaneToPlane;   // PLANE_TO_PLANE
+};

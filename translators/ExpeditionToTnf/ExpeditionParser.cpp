@@ -8,7 +8,16 @@
 
 ExpeditionParser::ExpeditionParser(const AString& directory) : m_Directory(directory) {}
 
-ExpeditionParser::~ExpeditionParser() = default;
+ExpeditionParser::~ExpeditionParser()
+{
+    // What the run has not taken over is still the parser's.
+    DeleteOwned_G(m_ClearanceRules);
+    for (auto& [part, values] : m_PartValues)
+        delete values;
+    delete m_DefaultSmdPadConnection;
+    delete m_DefaultThruPadConnection;
+    delete m_DefaultViaConnection;
+}
 
 void ExpeditionParser::EndWithFileError(const AString& text)
 {

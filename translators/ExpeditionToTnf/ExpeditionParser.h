@@ -17,7 +17,8 @@
 #include <utility>
 #include <vector>
 
-struct ExpeditionClearanceRule;
+// The part being read from PDB.hkp.
+struct ExpeditionPartWork;
 
 class ExpeditionParser
 {
@@ -81,6 +82,14 @@ public:
     AString GetMountLayerName(const AString& word);
     double GetTolerance() const { return m_Tolerance; }
 
+    // Clearances of a layer from the first rule of that layer (by name,
+    // without regard to case), falling back from field to field; a layer
+    // without rule gets k_DefaultClearance.
+    double GetPlaneClearance(const AString& layerName) const;
+    double GetPadClearance(const AString& layerName) const;
+    // The double just below 0.1.
+    static constexpr double k_DefaultClearance = 0.09999999999999999;
+
     // Shows the "File I/O Error" box with the text and ends the process with
     // exit status 0: the one way a reader stops a run.
     [[noreturn]] static void EndWithFileError(const AString& text);
@@ -121,6 +130,13 @@ private:
                              ElementList& elements);
     void ReadDielectricLayer(io::CToken_istream& stream, AString& token, double factor,
                              ElementList& elements);
+
+    // The records of NetClass.hkp and PDB.hkp.
+    void ReadMasterScheme(io::CToken_istream& stream, AString& token, int& level, double factor,
+                          double values[]);
+    const ExpeditionClearanceRule* FindClearanceRule(const AString& layerName) const;
+    void ReadPartProperty(io::CToken_istream& stream, ExpeditionPartWork& part);
+    void ClosePart(ExpeditionPartWork& part);
 
     ExpeditionNameIndex<ExpeditionPad> m_PadIndex;
     ExpeditionNameIndex<ExpeditionPadStack> m_PadStackIndex;

@@ -204,8 +204,6 @@ TEST_F(StackupReader, ModelTablesOfTheStackup)
     // Nothing behind the test-point section is read.
     EXPECT_EQ(parser.m_DefaultSmdPadConnection, nullptr);
 
-    delete parser.m_DefaultViaConnection;
-    delete parser.m_DefaultThruPadConnection;
     for (auto* e : elements)
         delete e;
 }
