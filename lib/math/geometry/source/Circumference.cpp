@@ -136,9 +136,11 @@ std::pair<Result_T<Arc>, Result_T<Arc>> Circumference::GetIntersections(const Ci
     const Unit d = center_dist_square.GetSqrt();
     const Unit a = (center_dist_square + m_Radius * m_Radius - other.m_Radius * other.m_Radius) / (d * 2.0);
     const Vector axis = other.m_Center - m_Center;
-    const Point radical = m_Center + axis * (a / d);
-    if (radical.IsEqualTo(m_Center, accuracy))
+    // Centres within accuracy of each other but circles apart by more than the
+    // accuracy have no common point; the line of centres has no direction.
+    if (other.m_Center.IsEqualTo(m_Center, accuracy))
         return ret;
+    const Point radical = m_Center + axis * (a / d);
     const Area rest = m_Radius * m_Radius - a * a;
     Unit half = rest > k_Area_0 ? rest.GetSqrt() : k_Unit_0;
     if (half < accuracy)

@@ -447,6 +447,16 @@ TEST(Arcs, ArcArcIntersectionsMatchTheCircleConstruction)
             EXPECT_TRUE(arc_b.IntersectsWith(p, acc * 100));
         }
         crossings_seen += static_cast<int>(found.size());
+
+        // Against b's whole circle only a's span filters.
+        size_t on_a = 0;
+        for (const Point& p : CircleCrossings(a, b))
+            on_a += a.Covers(AngleOf(a, p)) ? 1 : 0;
+        const Circumference circle_b(Point(b.cx, b.cy), b.r);
+        const ArcIntersections y = arc_a.GetIntersections(circle_b, acc);
+        EXPECT_EQ(static_cast<size_t>(y.first.m_Success) + static_cast<size_t>(y.second.m_Success), on_a);
+        EXPECT_EQ(arc_a.IntersectsWith(circle_b, acc), on_a > 0);
+        EXPECT_EQ(arc_a.IntersectsWith(Arc(circle_b, k_Azimuth_0, k_CW), acc), on_a > 0);
     }
     EXPECT_GT(crossings_seen, 500); // the sample really exercised crossings
 }

@@ -229,6 +229,12 @@ TEST(Circumferences, CircleCircleCrossings)
     EXPECT_FALSE(touch.second.m_Success);
     ExpectNear(touch.first.m_Value.GetStart(), Point(5.0, 0.0), 1e-9);
     EXPECT_FALSE(a.GetIntersections(Circumference(Point(11.0, 0.0), 5.0), 1e-6).first.m_Success);
+    // The common chord may pass through the first centre.
+    const auto through =
+        Circumference(Point(0.0, 0.0), 3.0).GetIntersections(Circumference(Point(4.0, 0.0), 5.0), 1e-9);
+    ASSERT_TRUE(through.first.m_Success && through.second.m_Success);
+    EXPECT_EQ(through.first.m_Value.GetStart(), Point(0.0, 3.0));
+    EXPECT_EQ(through.second.m_Value.GetStart(), Point(0.0, -3.0));
     EXPECT_FALSE(a.GetIntersections(Circumference(Point(1.0, 0.0), 1.0), 1e-6).first.m_Success);
     // The same circle within accuracy: one full arc on the mean circle.
     const auto same = a.GetIntersections(Circumference(Point(1e-10, 0.0), 5.0), 1e-6);
