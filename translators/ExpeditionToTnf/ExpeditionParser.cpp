@@ -2,6 +2,7 @@
 // files.
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
+#include "lib/math/geometry/Arc.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
 #include <cstdlib>
@@ -138,6 +139,55 @@ void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<Expe
         double x = 0.0, y = 0.0;
         stream >> x >> scratch >> y >> scratch;
         vertices.push_back(new ExpeditionVertex(x * factor, y * factor, 0.0));
+    }
+}
+
+void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                                   double factor)
+{
+    AString token;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (token.CompareNoCase(L"XYR") == 0)
+            break;
+    }
+    if (token.CompareNoCase(L"XYR") != 0)
+        return;
+
+    struct Triple
+    {
+        double x, y, r;
+    };
+    std::vector<Triple> triples;
+    AString scratch;
+    while (!stream.eof())
+    {
+        stream >> scratch;
+        if (scratch == L".")
+            break;
+        Triple t{0.0, 0.0, 0.0};
+        stream >> t.x >> scratch >> t.y >> scratch >> t.r >> scratch;
+        triples.push_back({t.x * factor, t.y * factor, t.r * factor});
+    }
+
+    for (size_t i = 0; i < triples.size();)
+    {
+        if (i + 1 < triples.size() && triples[i + 1].r != 0.0)
+        {
+            const Triple& from = triples[i];
+            const Triple& centre = triples[i + 1];
+            const Triple& to = i + 2 < triples.size() ? triples[i + 2] : triples[0];
+            const geom::Arc arc(geom::Segment(geom::Point(from.x, from.y), geom::Point(to.x, to.y)),
+                                centre.r > 0.0 ? geom::k_CCW : geom::k_CW, geom::Point(centre.x, centre.y));
+            vertices.push_back(new ExpeditionVertex(from.x, from.y, arc.GetHeight().GetValue()));
+            i += 2; // the centre leaves no vertex
+        }
+        else
+        {
+            vertices.push_back(new ExpeditionVertex(triples[i].x, triples[i].y, 0.0));
+            i += 1;
+        }
     }
 }
 

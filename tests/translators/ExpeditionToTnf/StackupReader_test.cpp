@@ -4,6 +4,8 @@
 
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
+#include <cmath>
+
 namespace
 {
 // A six-layer board as the layout tool exports it: soldermask dielectrics
@@ -280,6 +282,33 @@ TEST(ReadingFrame, KeywordLevelsUnitsAndLists)
     for (auto* v : vertices)
         delete v;
     for (auto* v : more)
+        delete v;
+
+    // The middle triple is a centre and leaves no vertex: a half circle of
+    // radius 5 from (0, 0) to (10, 0) around (5, 0), counter-clockwise, has
+    // the sagitta 5 on the counter-clockwise side (negative).
+    io::CToken_istream arcs(std::string("...XYR (0, 0, 0) (5, 0, 5) (10, 0, 0)\n"
+                                        "...XYR (0, 0, 0) (1, 1, -2) (2, 0, 1)\n"));
+    std::vector<ExpeditionVertex*> polyarc;
+    ExpeditionParser::ReadPolyarc(arcs, polyarc, 1.0);
+    ASSERT_EQ(polyarc.size(), 2u);
+    EXPECT_DOUBLE_EQ(polyarc[0]->x, 0.0);
+    EXPECT_NEAR(polyarc[0]->arcHeight, -5.0, 1e-12);
+    EXPECT_EQ(polyarc[1]->arcHeight, 0.0);
+    EXPECT_DOUBLE_EQ(polyarc[1]->x, 10.0);
+    // Clockwise around (1, 1) from (0, 0) to (2, 0) is the long way, over the
+    // top: three quarters of the circle, sagitta radius + 1 = sqrt(2) + 1,
+    // positive for the clockwise sense. The last triple has a radius but nothing behind
+    // it to be the centre of, so it is a plain vertex.
+    std::vector<ExpeditionVertex*> second;
+    ExpeditionParser::ReadPolyarc(arcs, second, 1.0);
+    ASSERT_EQ(second.size(), 2u);
+    EXPECT_NEAR(second[0]->arcHeight, std::sqrt(2.0) + 1.0, 1e-12);
+    EXPECT_DOUBLE_EQ(second[1]->x, 2.0);
+    EXPECT_EQ(second[1]->arcHeight, 0.0);
+    for (auto* v : polyarc)
+        delete v;
+    for (auto* v : second)
         delete v;
 
     EXPECT_EQ(ExpeditionParser::MakeUniqueName(L"A1", {L"B1"}), AString(L"A1"));
