@@ -55,8 +55,6 @@ TEST(Values, AreaArithmeticAndExactRoots)
     EXPECT_EQ(Unit(2.4).GetRounded(0.5).GetValue(), 2.5);
     EXPECT_EQ(Unit(-2.4).GetRounded(0.5).GetValue(), -2.5);
     EXPECT_EQ(Unit(2.4).GetRounded(0.0).GetValue(), 2.4);
-    EXPECT_EQ(Unit(-3.0).GetSign(), base::k_Minus);
-    EXPECT_EQ(Unit(0.0).GetSign(), base::k_Zero);
 }
 
 TEST(Values, NanComparesFalseForGreaterAndTrueForLessEqual)
@@ -175,7 +173,6 @@ TEST(Points, SquareToleranceAndDistanceCap)
     EXPECT_EQ(p.GetDistanceTo(Point(3.0, 4.0), k_InfiniteUnit).GetValue(), 5.0);
     EXPECT_EQ(p.GetDistanceTo(Point(3.0, 4.0), 2.0).GetValue(), 2.0);
     EXPECT_TRUE(Asserts([&] { (void)p.GetDistanceTo(q, -1.0); }));
-    EXPECT_EQ(GetMiddle_G(Point(1.0, 2.0), Point(3.0, 6.0)), Point(2.0, 4.0));
     EXPECT_EQ(GetMiddle_G(Point(0.0, 0.0), Point(2.0, 0.0), Point(0.0, 2.0), Point(2.0, 2.0)),
               Point(1.0, 1.0));
     EXPECT_NEAR(GetMiddle_G(Point(0.0, 0.0), Point(3.0, 0.0), Point(0.0, 3.0)).m_X.GetValue(), 1.0, 1e-15);
@@ -196,10 +193,8 @@ TEST(Vectors, AxisParallelResultsAreExact)
     EXPECT_EQ(Vector(0.0, 5.0).GetAzimuth(), k_Azimuth_90);
     EXPECT_EQ(Vector(-5.0, 0.0).GetAzimuth(), k_Azimuth_180);
     EXPECT_EQ(Vector(0.0, -5.0).GetAzimuth(), k_Azimuth_270);
-    EXPECT_EQ(Vector(k_Azimuth_90, 2.0), Vector(0.0, 2.0));
     EXPECT_EQ(Vector(3.0, 4.0).GetRotated(k_Degree_90), Vector(-4.0, 3.0));
     EXPECT_EQ(Vector(3.0, 4.0).GetRotatedBack(k_Degree_90), Vector(4.0, -3.0));
-    EXPECT_EQ(Vector(3.0, 4.0) / 2.0, Vector(1.5, 2.0));
     EXPECT_NEAR(Vector(1.0, 1.0).GetAzimuth().GetValue(k_Degrees), 45.0, 1e-12);
 }
 
@@ -271,28 +266,20 @@ TEST(Ranges, EmptinessHullAndMapping)
     EXPECT_TRUE(Asserts([&] { (void)empty.GetLength(); }));
 }
 
-TEST(Boxes, ConstructionAndMeasures)
+TEST(Boxes, CornersInAnyOrderAndEpsilon)
 {
     const Box b(Point(4.0, -1.0), Point(-2.0, 3.0));
-    EXPECT_EQ(b.GetMinX().GetValue(), -2.0);
-    EXPECT_EQ(b.GetMaxX().GetValue(), 4.0);
-    EXPECT_EQ(b.GetMinY().GetValue(), -1.0);
-    EXPECT_EQ(b.GetMaxY().GetValue(), 3.0);
-    EXPECT_EQ(b.GetWidth().GetValue(), 6.0);
+    EXPECT_EQ(b, Box(Point(-2.0, -1.0), Point(4.0, 3.0)));
     EXPECT_EQ(b.GetArea().GetValue(), 24.0);
-    EXPECT_EQ(b.GetCenter(), Point(1.0, 1.0));
-    EXPECT_EQ(b.GetCorner(0), Point(-2.0, -1.0));
     EXPECT_EQ(b.GetCorner(2), Point(4.0, 3.0));
-    EXPECT_TRUE(k_EmptyBox.IsEmpty());
     EXPECT_EQ(k_EmptyBox.GetArea(), k_Area_0);
     EXPECT_EQ(k_EmptyBox.GetEpsilon(), k_Unit_0);
+    // The largest of the bounds' magnitudes and the extents decides.
     EXPECT_EQ(b.GetEpsilon(), Unit(6.0).GetEpsilon());
-    const Box single(Point(1.0, 1.0));
-    EXPECT_FALSE(single.IsEmpty());
-    EXPECT_TRUE(single.Contains(Point(1.0, 1.0)));
+    EXPECT_EQ(Box(Point(-9.0, 0.0), Point(-8.0, 1.0)).GetEpsilon(), Unit(9.0).GetEpsilon());
+    EXPECT_FALSE(Box(Point(1.0, 1.0)).IsEmpty());
     // An empty x range empties a box whose y range is valid.
     EXPECT_TRUE(Box(Range_T<Unit>(1.0, 0.0), Range_T<Unit>(0.0, 5.0)).IsEmpty());
-    EXPECT_TRUE(k_BigBox.Contains(Point(1e200, -1e200)));
 }
 
 TEST(Boxes, QuadrantBoxesReachInfinity)
