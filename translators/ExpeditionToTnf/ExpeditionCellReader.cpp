@@ -1,9 +1,170 @@
 // ExpeditionCellReader.cpp - Cell.hkp: the footprints of the job.
+//
+// One footprint per cell, whatever the cell keyword. Package group, mount
+// type and number of layers are not cleared between cells, so a cell that
+// does not state one inherits it from the cell before. Pin names are made
+// unique within a cell, because placed components refer to pins by name.
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
-void ExpeditionParser::ReadCells(ElementList& /*elements*/)
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+bool IsCellKeyword(const AString& token)
+{
+    return Is(token, L"DRAWING_CELL") || Is(token, L"PACKAGE_CELL") || Is(token, L"REUSABLE_CIRCUIT_CELL") ||
+           Is(token, L"MECHANICAL_CELL");
+}
+
+bool IsGraphicKeyword(const AString& token)
+{
+    return Is(token, L"PLACEMENT_OUTLINE") || Is(token, L"ASSEMBLY_OUTLINE") ||
+           Is(token, L"SILKSCREEN_OUTLINE") || Is(token, L"SOLDER_MASK") || Is(token, L"SOLDER_PASTE") ||
+           Is(token, L"GRAPHIC");
+}
+
+} // namespace
+
+void ExpeditionParser::ReadCells(ElementList& elements)
 {
     LongFileName file;
     // The lower-case spelling of this one file is written out as it stands.
     OpenJobFile(AString(L"Cell.hkp"), AString(L"cell.hkp"), true, file);
+    io::CToken_istream stream(file, 0);
+
+    double factor = 1.0;
+    bool databaseUnits = false;
+    AString token; // empty at the start, so the first line is skipped
+    int level = 0;
+    while (!stream.eof())
+    {
+        if (IsCellKeyword(token))
+        {
+            // The cell leaves the next keyword current; the level stays that
+            // of the cell keyword.
+            ReadCellRecord(stream, token, factor, elements);
+            continue;
+        }
+        if (Is(token, L"UNITS") && level == 2 && !databaseUnits)
+        {
+            AString text;
+            stream.NewLine(text);
+            factor = UnitFactor(text);
+        }
+        else if (Is(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+        {
+            AString text;
+            stream.NewLine(text);
+            databaseUnits = true;
+            factor = UnitFactor(text);
+        }
+        else if (stream.eof())
+            break;
+        else
+            stream.NewLine();
+        level = NextToken(stream, token);
+    }
+}
+
+void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token, double factor,
+                                      ElementList& elements)
+{
+    AString name;
+    stream >> name;
+    std::vector<ExpeditionPin*> pins;
+    std::vector<AString> pinNames;
+    std::vector<ExpeditionShapes*> shapes;
+    std::vector<ExpeditionText*> texts;
+    std::vector<ExpeditionAttribute> attributes; // one-line texts of a cell are dropped
+    std::vector<ExpeditionVia*> vias;
+    std::vector<ExpeditionTrace*> traces;
+
+    NextToken(stream, token);
+    while (!stream.eof())
+    {
+        if (Is(token, L"DIMENSION_SETTINGS"))
+        {
+            SkipDimensionSettings(stream);
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"PACKAGE_GROUP"))
+        {
+            stream >> m_CellPackageGroup;
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"MOUNT_TYPE"))
+        {
+            stream >> m_CellMountType;
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"NUMBER_LAYERS"))
+        {
+            int number = 0;
+            stream >> number;
+            m_CellNumberLayers = static_cast<unsigned>(number);
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"PIN"))
+        {
+            if (ExpeditionPin* pin = ReadCellPin(stream, token, factor))
+            {
+                pin->m_Name = MakeUniqueName(pin->m_Name, pinNames);
+                pinNames.push_back(pin->m_Name);
+                pins.push_back(pin);
+            }
+        }
+        else if (IsGraphicKeyword(token))
+            ReadGraphic(stream, token, factor, shapes);
+        else if (Is(token, L"TEXT"))
+            ReadText(stream, token, factor, texts, attributes);
+        else if (Is(token, L"TRACE"))
+        {
+            AString netName;
+            traces.push_back(ReadTrace(stream, token, factor, 0, netName));
+        }
+        else if (Is(token, L"VIA"))
+        {
+            AString netName;
+            vias.push_back(ReadVia(stream, token, factor, netName));
+        }
+        else if (IsCellKeyword(token) || Is(token, L"UNITS"))
+            break; // the end of the cell; the keyword stays current
+        else
+        {
+            stream.NewLine();
+            NextToken(stream, token);
+        }
+    }
+
+    std::set<AString> padStacks;
+    for (const ExpeditionPin* pin : pins)
+        padStacks.insert(pin->m_PadStackName);
+    elements.push_back(new ExpeditionFootprint(name, m_CellPackageGroup, m_CellMountType, m_CellNumberLayers,
+                                               pins, shapes, texts, vias, traces));
+    // Keys compare with case: a later cell of the same name replaces the set.
+    m_CellPadStacks[name] = padStacks;
+}
+
+// The block behind DIMENSION_SETTINGS has lines that look like keywords. It
+// is passed over up to the first line that names one of the dimension words;
+// if none comes within 27 lines, nothing of the cell is lost.
+void ExpeditionParser::SkipDimensionSettings(io::CToken_istream& stream)
+{
+    static const wchar_t* const patterns[] = {
+        L"*UNITS*",     L"*PRECISION*", L"*POSITIVE_TOLERANCE*", L"*NEGATIVE_TOLERANCE*", L"*LINEWIDTH*",
+        L"*LINESTYLE*", L"*UNITS*",     L"*PRECISION*",          L"*EXTENSIONGAP*",       L"*ORIENTATION*"};
+    const io::CAbstract_stream_pos start = stream.Tell();
+    stream.NewLine();
+    AString line;
+    for (int looked = 0; looked < 27 && !stream.eof(); ++looked)
+    {
+        stream.NewLine(line);
+        for (const wchar_t* pattern : patterns)
+            if (line.Match(pattern))
+                return;
+    }
+    stream.Seek(start);
 }

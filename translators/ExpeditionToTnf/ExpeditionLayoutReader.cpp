@@ -1,8 +1,326 @@
-// ExpeditionLayoutReader.cpp - Layout.hkp: the placed design.
+// ExpeditionLayoutReader.cpp - Layout.hkp: the top-level loop of the placed
+// and routed design, and the placed cells with their netlist entries.
+//
+// The placed-cell reader keeps some values from one cell to the next (layer
+// number, position, rotation, side), as the file leaves them out where they
+// do not change; a second component without XY stands where the first stood.
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
-void ExpeditionParser::ReadLayout(ElementList& /*elements*/)
+#include "core/lib/vellum/Assert.h"
+
+#include <cstdlib>
+
+namespace
 {
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+const wchar_t* const k_NoLayer = L"Tarvex_Dummy";
+
+void ReadXY(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch;
+    if (scratch == L"(")
+        stream >> x >> scratch >> y >> scratch;
+    else
+    {
+        x = std::atof(scratch.AsAnsi().c_str());
+        stream >> scratch >> y;
+    }
+}
+} // namespace
+
+bool ExpeditionParser::IsPlacedCellKeyword(const AString& token)
+{
+    static const wchar_t* const keywords[] = {L"DRAWING_CELL",
+                                              L"PACKAGE_CELL",
+                                              L"REUSABLE_CIRCUIT_CELL",
+                                              L"MECHANICAL_CELL",
+                                              L"DRAWING_CELL_FROM_LIB",
+                                              L"PACKAGE_CELL_FROM_LIB",
+                                              L"REUSABLE_CIRCUIT_CELL_FROM_LIB",
+                                              L"MECHANICAL_CELL_FROM_LIB"};
+    for (const wchar_t* k : keywords)
+        if (Is(token, k))
+            return true;
+    return false;
+}
+
+void ExpeditionParser::ReadLayout(ElementList& elements)
+{
+    const bool hasPlanesFile = LongFileName(m_Directory + L"/Planes.hkp").Exists() != 0;
     LongFileName file;
     OpenJobFile(AString(L"Layout.hkp"), AString(), true, file);
+    io::CToken_istream stream(file, 0);
+
+    double factor = 1.0;
+    AString token;
+    int level = 0;
+    PlacementState placement;
+    while (!stream.eof())
+    {
+        if (Is(token, L"NET"))
+            ReadNetBlock(stream, token, factor, elements);
+        else if (Is(token, L"CONDUCTIVE_AREA"))
+            ReadConductiveAreas(stream, token, factor, level, false, elements);
+        else if (IsPlacedCellKeyword(token))
+            ReadPlacedCells(stream, token, factor, placement, elements);
+        else if (Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE") || Is(token, L"CONTOUR"))
+            ReadBoard(stream, token, factor, elements);
+        else if (Is(token, L"ROUTE_OUTLINE"))
+            ReadRouteOutline(stream, token, factor, elements);
+        else if (Is(token, L"UNITS") && level == 2)
+        {
+            AString text;
+            stream.NewLine(text);
+            factor = UnitFactor(text);
+            m_LayoutUnitFactor = factor;
+            level = NextToken(stream, token);
+        }
+        else if (Is(token, L"TRACE") && level == 2)
+            ReadFreeTrace(stream, token, factor, 2, elements);
+        else if (Is(token, L"OBSTRUCT") && level == 2)
+            ReadConductiveAreas(stream, token, factor, 2, true, elements);
+        else if (Is(token, L"GENERATED_DATA"))
+            ReadGeneratedData(stream, token, factor, hasPlanesFile);
+        else
+        {
+            stream.NewLine();
+            level = NextToken(stream, token);
+        }
+    }
+}
+
+// Reads placed cells until the board records begin.
+void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& token, double& factor,
+                                       PlacementState& state, ElementList& elements)
+{
+    while (!stream.eof())
+    {
+        if (!IsPlacedCellKeyword(token))
+        {
+            if (Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE"))
+                return;
+            stream.NewLine();
+            NextToken(stream, token);
+            continue;
+        }
+        AString cellName;
+        stream >> cellName;
+        NextToken(stream, token);
+        if (Is(token, L"PID"))
+        {
+            stream.NewLine();
+            NextToken(stream, token);
+        }
+        if (Is(token, L"XY"))
+            ReadXY(stream, state.m_X, state.m_Y);
+        NextToken(stream, token);
+        if (Is(token, L"Rotation"))
+            stream >> state.m_Rotation;
+        int level = NextToken(stream, token);
+        AString options;
+        std::vector<ExpeditionPin*> pins;
+        std::vector<ExpeditionShapes*> shapes;
+        std::vector<ExpeditionText*> texts;
+        std::vector<ExpeditionAttribute> attributes;
+        ReadPlacedCellBody(stream, token, level, factor, state, options, pins, shapes, texts, attributes,
+                           elements);
+        MakeComponent(cellName, options, state, factor, pins, shapes, texts, attributes, elements);
+    }
+}
+
+void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& token, int level,
+                                          double& factor, PlacementState& state, AString& options,
+                                          std::vector<ExpeditionPin*>& pins,
+                                          std::vector<ExpeditionShapes*>& shapes,
+                                          std::vector<ExpeditionText*>& texts,
+                                          std::vector<ExpeditionAttribute>& attributes, ElementList& elements)
+{
+    AString word;
+    while (!stream.eof())
+    {
+        if (Is(token, L"PLACEMENT_LYR"))
+        {
+            stream >> word;
+            state.m_LayerNumber =
+                std::atoi(word.substr(word.rfind(L'_', AString::npos) + 1).AsAnsi().c_str());
+            state.m_LayerName =
+                (state.m_LayerNumber >= 1 && static_cast<size_t>(state.m_LayerNumber) <= m_LayerNames.size())
+                    ? m_LayerNames[state.m_LayerNumber]
+                    : GetMountLayerName(word);
+            level = NextToken(stream, token);
+        }
+        else if (Is(token, L"FACEMENT"))
+        {
+            stream >> word;
+            state.m_Mirrored = word.CompareNoCase(L"TOP") != 0;
+            level = NextToken(stream, token);
+        }
+        else if (Is(token, L"COMPONENT_OPTIONS"))
+        {
+            stream >> options;
+            level = NextToken(stream, token);
+        }
+        else if (Is(token, L"PIN"))
+            ReadPlacedPin(stream, token, factor, state, pins);
+        else if (Is(token, L"VIA"))
+            ReadPlacedVia(stream, token, factor);
+        else if (Is(token, L"PLACEMENT_OUTLINE") || Is(token, L"ASSEMBLY_OUTLINE") ||
+                 Is(token, L"SILKSCREEN_OUTLINE") || Is(token, L"GRAPHIC"))
+            ReadGraphic(stream, token, factor, shapes);
+        else if (Is(token, L"TEXT"))
+            ReadText(stream, token, factor, texts, attributes);
+        else if (Is(token, L"TRACE"))
+            ReadFreeTrace(stream, token, factor, 3, elements);
+        else if (Is(token, L"CONDUCTIVE_AREA"))
+            ReadConductiveAreas(stream, token, factor, 3, false, elements);
+        else if (IsPlacedCellKeyword(token) || Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE") ||
+                 level == 2)
+            return;
+        else
+        {
+            stream.NewLine();
+            level = NextToken(stream, token);
+        }
+    }
+}
+
+// A placed pin: the footprint's pin as the layout gives it, with its net.
+void ExpeditionParser::ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor,
+                                     const PlacementState& state, std::vector<ExpeditionPin*>& pins)
+{
+    AString name, netName, padStackName, options;
+    double x = 0.0, y = 0.0, rotation = 0.0;
+    std::vector<ExpeditionAttribute> attributes;
+    stream >> name;
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        if (Is(token, L"NETNAME"))
+            stream >> netName;
+        else if (Is(token, L"XY"))
+            ReadXY(stream, x, y);
+        else if (Is(token, L"ROTATION"))
+            stream >> rotation;
+        else if (Is(token, L"PIN_OPTIONS"))
+        {
+            stream >> options;
+            if (Is(options, L"OPP_SIDE"))
+                m_OppSidePadStacks.insert(padStackName); // the name as read so far
+        }
+        else if (Is(token, L"PADSTACK"))
+            stream >> padStackName;
+        else if (Is(token, L"TEXT"))
+        {
+            if (level != 4)
+                break;
+            AString attribute, value;
+            stream >> attribute >> value;
+            attributes.emplace_back(attribute, value);
+        }
+        else if (Is(token, L"PID"))
+            stream.NewLine();
+        else
+            break;
+    }
+    if (Is(options, L"OPP_SIDE"))
+        rotation = 180.0 - rotation;
+    if (padStackName.empty())
+        return; // no padstack, no pin, and no net connection
+    const ExpeditionPadStack* padStack = m_PadStackListIndex.Find(
+        m_PadStacks, padStackName, [](ExpeditionPadStack* p) { return p; },
+        [](ExpeditionPadStack* p) -> const AString& { return p->m_Name; });
+    if (!padStack || !HasMultiLoopPad(padStack))
+    {
+        pins.push_back(new ExpeditionPin(name, netName, padStackName, x * factor, y * factor, rotation,
+                                         options, attributes));
+        return;
+    }
+    // A pin on a pad of several loops puts its pads into the net's plane
+    // shapes instead of becoming a pin.
+    AddMultiLoopPinShapes(netName, *padStack, x * factor, y * factor, state, factor);
+}
+
+void ExpeditionParser::MakeComponent(AString cellName, const AString& options, PlacementState& state,
+                                     double factor, std::vector<ExpeditionPin*>& pins,
+                                     std::vector<ExpeditionShapes*>& shapes,
+                                     std::vector<ExpeditionText*>& texts,
+                                     std::vector<ExpeditionAttribute>& attributes, ElementList& elements)
+{
+    const bool notPlaced = Is(options, L"NOT_PLACED");
+    if (!m_CellPadStacks.count(cellName) || notPlaced)
+    {
+        if (!notPlaced)
+            m_MissingCells.push_back(cellName);
+        DeleteOwned_G(pins);
+        DeleteOwned_G(shapes);
+        DeleteOwned_G(texts);
+        return;
+    }
+    if (state.m_LayerName == k_NoLayer)
+        state.m_LayerName = m_LayerNames[1];
+    if (state.m_LayerName != GetTopLayerName() && state.m_LayerName != GetBottomLayerName())
+        cellName = GetInnerLayerFootprintName(elements, cellName, state.m_LayerNumber);
+
+    ExpeditionFootprint* footprint = FindFootprint(elements, cellName);
+    RenameDuplicatePins(footprint, pins);
+    std::vector<ExpeditionPin*> orderedPins;
+    OrderPins(footprint ? footprint->m_Pins : std::vector<ExpeditionPin*>(), pins, orderedPins);
+    auto* component = new ExpeditionComponent(cellName, state.m_LayerName, AString(), state.m_X * factor,
+                                              state.m_Y * factor, state.m_Rotation, state.m_Mirrored,
+                                              orderedPins, shapes, texts, attributes);
+    elements.push_back(component);
+    m_UsedNames.insert(cellName);
+    state.m_LayerName = k_NoLayer;
+    for (const AString& padStack : m_CellPadStacks[cellName])
+        m_UsedPadStacks.insert(padStack);
+    AddNetlistEntries(*component, elements);
+    pins.clear();
+    shapes.clear();
+    texts.clear();
+    attributes.clear();
+}
+
+// Each pin with a net adds "refdes-pin" to that net's netlist entry, once.
+void ExpeditionParser::AddNetlistEntries(const ExpeditionComponent& component, ElementList& elements)
+{
+    const ExpeditionText* refDes = nullptr;
+    for (const ExpeditionText* text : component.m_Texts)
+        if (text->m_TextType == L"REF_DES")
+        {
+            refDes = text;
+            break;
+        }
+    if (!refDes)
+        return;
+    for (const ExpeditionPin* pin : component.m_Pins)
+    {
+        if (pin->m_NetName.empty())
+            continue;
+        const AString connection = refDes->m_Text + L"-" + pin->m_Name;
+        ExpeditionNetlist* netlist = m_NetlistIndex.Find(
+            elements, pin->m_NetName, [](ExpeditionBaseElement* e) { return e->AsNetlist(); },
+            [](ExpeditionNetlist* n) -> const AString& { return n->m_Name; });
+        if (!netlist)
+        {
+            elements.push_back(new ExpeditionNetlist(pin->m_NetName, 1, {connection}));
+            continue;
+        }
+        bool present = false;
+        for (const AString& existing : netlist->m_Pins)
+            if (existing.CompareNoCase(connection) == 0)
+            {
+                present = true;
+                break;
+            }
+        if (!present)
+        {
+            ++netlist->m_PinCount;
+            netlist->m_Pins.push_back(connection);
+        }
+    }
 }

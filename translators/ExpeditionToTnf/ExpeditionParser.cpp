@@ -142,8 +142,8 @@ void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<Expe
     }
 }
 
-void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
-                                   double factor)
+bool ExpeditionParser::ReadXYRTriples(io::CToken_istream& stream, std::vector<XYRTriple>& triples,
+                                      double factor)
 {
     AString token;
     while (!stream.eof())
@@ -153,31 +153,34 @@ void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<Exped
             break;
     }
     if (token.CompareNoCase(L"XYR") != 0)
-        return;
-
-    struct Triple
-    {
-        double x, y, r;
-    };
-    std::vector<Triple> triples;
+        return false;
     AString scratch;
     while (!stream.eof())
     {
         stream >> scratch;
+        // A lone dot is the first dot of the next keyword, used up here.
         if (scratch == L".")
             break;
-        Triple t{0.0, 0.0, 0.0};
+        XYRTriple t{0.0, 0.0, 0.0};
         stream >> t.x >> scratch >> t.y >> scratch >> t.r >> scratch;
         triples.push_back({t.x * factor, t.y * factor, t.r * factor});
     }
+    return true;
+}
 
+void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                                   double factor)
+{
+    std::vector<XYRTriple> triples;
+    if (!ReadXYRTriples(stream, triples, factor))
+        return;
     for (size_t i = 0; i < triples.size();)
     {
         if (i + 1 < triples.size() && triples[i + 1].r != 0.0)
         {
-            const Triple& from = triples[i];
-            const Triple& centre = triples[i + 1];
-            const Triple& to = i + 2 < triples.size() ? triples[i + 2] : triples[0];
+            const XYRTriple& from = triples[i];
+            const XYRTriple& centre = triples[i + 1];
+            const XYRTriple& to = i + 2 < triples.size() ? triples[i + 2] : triples[0];
             const geom::Arc arc(geom::Segment(geom::Point(from.x, from.y), geom::Point(to.x, to.y)),
                                 centre.r > 0.0 ? geom::k_CCW : geom::k_CW, geom::Point(centre.x, centre.y));
             vertices.push_back(new ExpeditionVertex(from.x, from.y, arc.GetHeight().GetValue()));

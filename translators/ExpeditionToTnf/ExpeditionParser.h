@@ -14,6 +14,7 @@
 
 #include <map>
 #include <set>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -68,7 +69,8 @@ public:
     // a non-zero radius is the centre of the arc from the triple before it to
     // the triple behind it (the first one, at the end of the list); the sign
     // of the radius gives the sense, its size is not used.
-    static void ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices, double factor);
+    static void ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                            double factor);
     // name if taken holds no equal name (without regard to case), else the
     // first free "name_1", "name_2", ...
     static AString MakeUniqueName(const AString& name, const std::vector<AString>& taken);
@@ -126,6 +128,34 @@ public:
     double m_Tolerance = 1e-6;
     double m_LayoutUnitFactor = 1.0;
 
+    // Pin reconciliation of a placed component against its footprint.
+    void RenameDuplicatePins(ExpeditionFootprint* footprint, std::vector<ExpeditionPin*>& pins);
+    void OrderPins(const std::vector<ExpeditionPin*>& footprintPins, const std::vector<ExpeditionPin*>& pins,
+                   std::vector<ExpeditionPin*>& orderedPins);
+
+    // The layer of a word that ends in a conductive number ("LYR_3"); other
+    // words give the mounting layer by GetMountLayerName.
+    AString LayerNameOfWord(const AString& word);
+    // Appends shapes to the net of that name (without regard to case), or
+    // makes the net.
+    void AddShapesToNet(const AString& netName, const std::vector<ExpeditionShapes*>& shapes,
+                        ElementList& elements);
+    bool HasMultiLoopPad(const ExpeditionPadStack* padStack);
+    bool IsNegativeLayer(const AString& layerName);
+
+    // Body readers shared by Cell.hkp and Layout.hkp. Each is entered on its
+    // keyword and leaves the keyword that ended its record in token.
+    ExpeditionPin* ReadCellPin(io::CToken_istream& stream, AString& token, double factor);
+    void ReadGraphic(io::CToken_istream& stream, AString& token, double factor,
+                     std::vector<ExpeditionShapes*>& shapes);
+    void ReadText(io::CToken_istream& stream, AString& token, double factor,
+                  std::vector<ExpeditionText*>& texts, std::vector<ExpeditionAttribute>& attributes);
+    // A trace record; with limit 0 the record of a net block or a cell, with
+    // limit 2 or 3 a free trace, whose NETNAME goes to netName.
+    ExpeditionTrace* ReadTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
+                               AString& netName);
+    ExpeditionVia* ReadVia(io::CToken_istream& stream, AString& token, double factor, AString& netName);
+
 private:
     // The records of JobPrefs.hkp.
     ExpeditionPlaneConnection* ReadPlaneConnection(io::CToken_istream& stream, double factor);
@@ -136,6 +166,114 @@ private:
     void ReadDielectricLayer(io::CToken_istream& stream, AString& token, double factor,
                              ElementList& elements);
 
+    // A path record (POLYLINE_PATH, POLYARC_PATH, RECT_PATH, CIRCLE_PATH) as
+    // the file gives it, lengths not yet scaled.
+    struct PathRecord
+    {
+        double m_Width = 0.0;
+        std::vector<ExpeditionVertex*> m_Vertices;
+        double m_X1 = 0.0, m_Y1 = 0.0, m_X2 = 0.0, m_Y2 = 0.0; // corners, or the centre in X1, Y1
+        double m_Radius = 0.0;
+        bool m_HasXY = false;
+    };
+    static bool IsPathKeyword(const AString& token);
+    static bool ReadPathRecord(io::CToken_istream& stream, AString& token, PathRecord& path);
+    // The shape of a path record on a layer; a rectangle without corners
+    // gives none. The vertices move into the shape.
+    static ExpeditionShapes* MakePathShape(const AString& kind, const AString& layer, PathRecord& path,
+                                           double factor, bool filledPolygon);
+    ExpeditionLayoutNet* FindElementNet(const ElementList& elements, const AString& name);
+
+    // One triple of an XYR list: a point, or an arc centre when r is not 0.
+    struct XYRTriple
+    {
+        double x, y, r;
+    };
+    // Looks for the next XYR keyword (by NextToken, at least once) and reads
+    // its triples, times factor; false if the file ended without one.
+    static bool ReadXYRTriples(io::CToken_istream& stream, std::vector<XYRTriple>& triples, double factor);
+
+    // The records of Layout.hkp.
+    struct PlacementState // kept from one placed cell to the next
+    {
+        AString m_LayerName = AString(L"Tarvex_Dummy");
+        int m_LayerNumber = 0;
+        double m_X = 0.0, m_Y = 0.0, m_Rotation = 0.0;
+        bool m_Mirrored = false;
+    };
+    static bool IsPlacedCellKeyword(const AString& token);
+    void ReadPlacedCells(io::CToken_istream& stream, AString& token, double& factor, PlacementState& state,
+                         ElementList& elements);
+    void ReadPlacedCellBody(io::CToken_istream& stream, AString& token, int level, double& factor,
+                            PlacementState& state, AString& options, std::vector<ExpeditionPin*>& pins,
+                            std::vector<ExpeditionShapes*>& shapes, std::vector<ExpeditionText*>& texts,
+                            std::vector<ExpeditionAttribute>& attributes, ElementList& elements);
+    void ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor, const PlacementState& state,
+                       std::vector<ExpeditionPin*>& pins);
+    void MakeComponent(AString cellName, const AString& options, PlacementState& state, double factor,
+                       std::vector<ExpeditionPin*>& pins, std::vector<ExpeditionShapes*>& shapes,
+                       std::vector<ExpeditionText*>& texts, std::vector<ExpeditionAttribute>& attributes,
+                       ElementList& elements);
+    void AddNetlistEntries(const ExpeditionComponent& component, ElementList& elements);
+    AString GetInnerLayerFootprintName(ElementList& elements, const AString& cellName, int layer);
+    ExpeditionPadStack* GetInnerLayerPadStack(ElementList& elements, const AString& sourceName, int layer);
+    void ReadBoard(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadRouteOutline(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    ExpeditionLayoutNet* GetOrMakeNet(const AString& netName, ElementList& elements,
+                                      std::vector<ExpeditionTrace*> traces, std::vector<ExpeditionVia*> vias,
+                                      std::vector<ExpeditionShapes*> shapes, bool& made);
+    void ReadNetBlock(io::CToken_istream& stream, AString& token, double& factor, ElementList& elements);
+    void FlushNetBlock(const AString& netName, std::vector<ExpeditionTrace*>& traces,
+                       std::vector<ExpeditionVia*>& vias, std::vector<ExpeditionShapes*>& shapes,
+                       ElementList& elements);
+    void ReadFreeTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
+                       ElementList& elements);
+    void ReadPlacedVia(io::CToken_istream& stream, AString& token, double factor);
+    void ReadConductiveAreaRecord(io::CToken_istream& stream, AString& token, double factor,
+                                  std::vector<ExpeditionShapes*>& shapes, AString& netName, int& level);
+    void ReadConductiveAreas(io::CToken_istream& stream, AString& token, double& factor, int limit,
+                             bool obstructs, ElementList& elements);
+    void FlushConductiveAreas(const AString& netName, std::vector<ExpeditionShapes*>& shapes,
+                              ElementList& elements);
+
+    // A plane polygon of the generated data as the file gives it, in
+    // millimetres.
+    struct GeneratedPlane
+    {
+        enum Kind
+        {
+            k_Box,    // two corners, min and max
+            k_Circle, // the centre, and m_Radius
+            k_Points, // a closed polyline
+            k_Arcs,   // the XYR triples of a polyarc
+        } m_Kind = k_Points;
+        std::vector<std::pair<double, double>> m_Points;
+        std::vector<XYRTriple> m_Triples;
+        double m_Radius = 0.0;
+        double m_Width = 0.0;
+    };
+    void ReadGeneratedData(io::CToken_istream& stream, AString& token, double factor, bool hasPlanesFile);
+    void ReadGeneratedRectangle(io::CToken_istream& stream, AString& token, double factor,
+                                ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedCircle(io::CToken_istream& stream, AString& token, double factor,
+                             ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedPolyline(io::CToken_istream& stream, AString& token, double factor,
+                               ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedPolyarc(io::CToken_istream& stream, AString& token, double factor,
+                              ExpeditionLayoutNet* net, const AString& layer, bool withWidth);
+    void ReadTieLeg(io::CToken_istream& stream, AString& token, double factor, ExpeditionLayoutNet* net,
+                    const AString& layer);
+
+    // Plane geometry of the nets, built from what the readers found.
+    void AddGeneratedPlane(ExpeditionLayoutNet* net, const AString& layer, const GeneratedPlane& plane);
+    void AddConductiveShapesAsPlanes(ExpeditionLayoutNet& net, const std::vector<ExpeditionShapes*>& shapes);
+    void AddMultiLoopPinShapes(const AString& netName, const ExpeditionPadStack& padStack, double x, double y,
+                               const PlacementState& state, double factor);
+
+    // The records of Cell.hkp.
+    void ReadCellRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    static void SkipDimensionSettings(io::CToken_istream& stream);
+
     // The records of NetClass.hkp and PDB.hkp.
     void ReadMasterScheme(io::CToken_istream& stream, AString& token, int& level, double factor,
                           double values[]);
@@ -143,8 +281,18 @@ private:
     void ReadPartProperty(io::CToken_istream& stream, ExpeditionPartWork& part);
     void ClosePart(ExpeditionPartWork& part);
 
+    // Carried from one cell to the next, as the file's cells inherit them.
+    AString m_CellPackageGroup;
+    AString m_CellMountType;
+    unsigned m_CellNumberLayers = 0;
+
     ExpeditionNameIndex<ExpeditionPad> m_PadIndex;
     ExpeditionNameIndex<ExpeditionPadStack> m_PadStackIndex;
     ExpeditionNameIndex<ExpeditionFootprint> m_FootprintIndex;
     ExpeditionNameIndex<ExpeditionLayoutNet> m_NetIndex;
+    ExpeditionNameIndex<ExpeditionLayoutNet> m_ElementNetIndex;
+    ExpeditionNameIndex<ExpeditionNetlist> m_NetlistIndex;
+    ExpeditionNameIndex<ExpeditionPadStack> m_PadStackListIndex;
+    std::unordered_set<std::wstring, AStringNoCaseHash, AStringNoCaseEqual> m_MultiLoopPadNames;
+    size_t m_MultiLoopPadsScanned = 0;
 };

@@ -10,3 +10,21 @@ bool ExpeditionParser::ReadPlanes(double /*factor*/)
 }
 
 void ExpeditionParser::CompleteNets() {}
+
+// The plane geometry that the readers hand over comes to the nets' plane
+// shapes with the planes of the job; until then it is read and not kept.
+void ExpeditionParser::AddGeneratedPlane(ExpeditionLayoutNet* /*net*/, const AString& /*layer*/,
+                                         const GeneratedPlane& /*plane*/)
+{
+}
+
+void ExpeditionParser::AddConductiveShapesAsPlanes(ExpeditionLayoutNet& /*net*/,
+                                                   const std::vector<ExpeditionShapes*>& /*shapes*/)
+{
+}
+
+void ExpeditionParser::AddMultiLoopPinShapes(const AString& /*netName*/,
+                                             const ExpeditionPadStack& /*padStack*/, double /*x*/,
+                                             double /*y*/, const PlacementState& /*state*/, double /*factor*/)
+{
+}

@@ -1,0 +1,167 @@
+// ExpeditionBoardReader.cpp - the board outline with its contours, and the
+// route outline, of Layout.hkp.
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+
+#include "core/lib/vellum/Assert.h"
+
+#include <cstdlib>
+
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+std::vector<ExpeditionVertex*> CopyVertices(const std::vector<ExpeditionVertex*>& vertices)
+{
+    std::vector<ExpeditionVertex*> copy;
+    copy.reserve(vertices.size());
+    for (const ExpeditionVertex* v : vertices)
+        copy.push_back(new ExpeditionVertex(*v));
+    return copy;
+}
+
+// The same shape on another layer, with vertices of its own.
+ExpeditionShapes* CopyShapeOnLayer(ExpeditionShapes* shape, const AString& layer)
+{
+    if (ExpeditionPolygon* polygon = shape->AsPolygon())
+        return new ExpeditionPolygon(layer, CopyVertices(polygon->m_Vertices), polygon->m_Width);
+    if (ExpeditionRectangle* r = shape->AsRectangle())
+        return new ExpeditionRectangle(layer, r->m_X1, r->m_Y1, r->m_X2, r->m_Y2, r->m_Width);
+    if (ExpeditionCircle* c = shape->AsCircle())
+        return new ExpeditionCircle(layer, c->m_X, c->m_Y, c->m_Radius, c->m_Width);
+    if (ExpeditionPath* p = shape->AsPath())
+        return new ExpeditionPath(layer, p->m_Width, CopyVertices(p->m_Vertices));
+    return nullptr;
+}
+} // namespace
+
+void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, double factor,
+                                 ElementList& elements)
+{
+    const AString board(L"Board");
+    double originX = 0.0, originY = 0.0;
+    double width = 0.0; // not reset: contours without WIDTH take the outline's
+    ExpeditionShapes* outline = nullptr;
+    std::vector<ExpeditionShapes*> contours;
+    AString scratch;
+    const auto readShape = [&](const AString& kind) -> ExpeditionShapes*
+    {
+        PathRecord path;
+        path.m_Width = width;
+        ReadPathRecord(stream, token, path);
+        width = path.m_Width;
+        ExpeditionShapes* shape = MakePathShape(kind, board, path, factor, false);
+        DeleteOwned_G(path.m_Vertices);
+        return shape;
+    };
+
+    while (!stream.eof())
+    {
+        if (Is(token, L"BOARD_ORIGIN"))
+        {
+            NextToken(stream, token);
+            if (Is(token, L"XY"))
+            {
+                stream >> scratch;
+                if (scratch == L"(")
+                    stream >> originX >> scratch >> originY >> scratch;
+                else
+                {
+                    originX = std::atof(scratch.AsAnsi().c_str());
+                    stream >> scratch >> originY;
+                }
+            }
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"BOARD_OUTLINE"))
+        {
+            NextToken(stream, token);
+            if (Is(token, L"GROUP_ID"))
+            {
+                stream >> scratch;
+                NextToken(stream, token);
+            }
+            if (IsPathKeyword(token))
+            {
+                if (ExpeditionShapes* shape = readShape(AString(token)))
+                {
+                    delete outline; // a second outline replaces the first
+                    outline = shape;
+                }
+            }
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"CONTOUR"))
+        {
+            stream >> scratch;
+            while (!stream.eof())
+            {
+                NextToken(stream, token);
+                if (Is(token, L"COMP") || Is(token, L"HOLE") || Is(token, L"DIRECTION"))
+                    stream >> scratch;
+                else if (IsPathKeyword(token))
+                {
+                    if (ExpeditionShapes* shape = readShape(AString(token)))
+                        contours.push_back(shape);
+                }
+                else
+                    break;
+            }
+        }
+        else if (Is(token, L"GROUP_ID"))
+        {
+            stream >> scratch;
+            NextToken(stream, token);
+        }
+        else if (Is(token, L"DIMENSION_DATA"))
+            NextToken(stream, token);
+        else
+            break;
+    }
+    ExpeditionShapes* shapePtr = outline;
+    VELLUM_ASSERT(shapePtr);
+    elements.push_back(new ExpeditionBoard(originX * factor, originY * factor, outline, contours));
+}
+
+void ExpeditionParser::ReadRouteOutline(io::CToken_istream& stream, AString& token, double factor,
+                                        ElementList& elements)
+{
+    AString scratch;
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        ExpeditionShapes* shape = nullptr;
+        if (IsPathKeyword(token))
+        {
+            const AString kind = token;
+            PathRecord path;
+            ReadPathRecord(stream, token, path);
+            // The polyline kinds make a filled outline, not a path.
+            shape = MakePathShape(kind, AString(), path, factor,
+                                  Is(kind, L"POLYLINE_PATH") || Is(kind, L"POLYARC_PATH"));
+            DeleteOwned_G(path.m_Vertices);
+            if (!shape)
+                continue;
+        }
+        else if (Is(token, L"GROUP_ID") || Is(token, L"DIMENSION_DATA"))
+        {
+            stream >> scratch;
+            continue;
+        }
+        else if (level < 3)
+            return;
+        else
+        {
+            stream.NewLine();
+            continue;
+        }
+        delete m_RouteBorder;
+        m_RouteBorder = shape;
+        // The plane nets that use the route border get it on their layers.
+        for (const auto& [netName, layerName] : m_PlaneNets)
+            if (ExpeditionShapes* copy = CopyShapeOnLayer(shape, layerName))
+                AddShapesToNet(netName, {copy}, elements);
+    }
+}

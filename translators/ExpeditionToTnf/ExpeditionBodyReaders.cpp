@@ -1,0 +1,456 @@
+// ExpeditionBodyReaders.cpp - the records that cells and the placed layout
+// share: pins, graphics, texts, traces and vias, and the path records inside
+// them.
+//
+// Each reader is entered with its keyword in the current token, reads its
+// sub-lines by keyword, and leaves the keyword that ended the record in the
+// token for its caller. Parameter lines are read by position: a path keyword
+// expects its WIDTH line first, and a path without one loses its XY keyword to
+// that test, so the point list of the next record in the file is taken. The
+// layout tool always writes WIDTH, and the quirk is kept.
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+
+#include "core/lib/vellum/Assert.h"
+
+#include <cstdlib>
+
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+// "(x, y)" behind an XY keyword, or the older "x, y" without brackets.
+void ReadXY(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch;
+    if (scratch == L"(")
+        stream >> x >> scratch >> y >> scratch;
+    else
+    {
+        x = std::atof(scratch.AsAnsi().c_str());
+        stream >> scratch >> y;
+    }
+}
+
+// "(x1, y1) (x2, y2)" of a rectangle.
+void ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2)
+{
+    AString scratch;
+    stream >> scratch >> x1 >> scratch >> y1 >> scratch >> scratch >> x2 >> scratch >> y2 >> scratch;
+}
+
+// "(x, y)" of a circle's centre.
+void ReadCentre(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch >> x >> scratch >> y >> scratch;
+}
+
+// The drawing layer that a graphic keyword stands for.
+AString GraphicLayer(const AString& keyword)
+{
+    if (Is(keyword, L"ASSEMBLY_OUTLINE"))
+        return AString(L"ASSEMBLY_TOP");
+    if (Is(keyword, L"SILKSCREEN_OUTLINE"))
+        return AString(L"SILKSCREEN_TOP");
+    if (Is(keyword, L"SOLDER_MASK"))
+        return AString(L"SOLDERMASK_TOP");
+    if (Is(keyword, L"SOLDER_PASTE"))
+        return AString(L"SOLDERPASTE_TOP");
+    if (Is(keyword, L"PLACEMENT_OUTLINE"))
+        return AString(L"PLACEMENT_TOP");
+    return AString(L"PLACEMENT");
+}
+
+// The layer of a text: the mounting-side words of silkscreen, assembly and
+// soldermask all come to the top drawing layers; other words stay as they are.
+AString TextLayer(const AString& word)
+{
+    static const wchar_t* const silkscreen[] = {L"MNT_LYR",
+                                                L"OPP_LYR",
+                                                L"SILKSCREEN_MNT_LYR",
+                                                L"SILKSCREEN_OPP_LYR",
+                                                L"SILKSCREEN_BOTH_TOP_BOTTOM",
+                                                L"SILKSCREEN_BOTH_MNT_OPP"};
+    static const wchar_t* const soldermask[] = {L"SOLDERMASK_MNT_LYR", L"SOLDERMASK_OPP_LYR",
+                                                L"SOLDERMASK_BOTH_TOP_BOTTOM", L"SOLDERMASK_BOTH_MNT_OPP"};
+    for (const wchar_t* w : silkscreen)
+        if (Is(word, w))
+            return AString(L"SILKSCREEN_TOP");
+    if (Is(word, L"ASSEMBLY") || Is(word, L"ASSEMBLY_BOTH_TOP_BOTTOM"))
+        return AString(L"ASSEMBLY_TOP");
+    for (const wchar_t* w : soldermask)
+        if (Is(word, w))
+            return AString(L"SOLDERMASK_TOP");
+    return word;
+}
+} // namespace
+
+bool ExpeditionParser::ReadPathRecord(io::CToken_istream& stream, AString& token, PathRecord& path)
+{
+    const AString kind = token;
+    path.m_HasXY = false;
+    NextToken(stream, token);
+    if (Is(token, L"WIDTH"))
+        stream >> path.m_Width;
+    if (Is(kind, L"POLYLINE_PATH"))
+        ReadPolyline(stream, path.m_Vertices, 1.0);
+    else if (Is(kind, L"POLYARC_PATH"))
+        ReadPolyarc(stream, path.m_Vertices, 1.0);
+    else if (Is(kind, L"RECT_PATH"))
+    {
+        NextToken(stream, token);
+        if (Is(token, L"XY"))
+        {
+            ReadCorners(stream, path.m_X1, path.m_Y1, path.m_X2, path.m_Y2);
+            path.m_HasXY = true;
+        }
+    }
+    else if (Is(kind, L"CIRCLE_PATH"))
+    {
+        NextToken(stream, token);
+        if (Is(token, L"XY"))
+        {
+            ReadCentre(stream, path.m_X1, path.m_Y1);
+            path.m_HasXY = true;
+        }
+        NextToken(stream, token);
+        if (Is(token, L"RADIUS"))
+            stream >> path.m_Radius;
+    }
+    else
+        return false;
+    return true;
+}
+
+bool ExpeditionParser::IsPathKeyword(const AString& token)
+{
+    return Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH") || Is(token, L"RECT_PATH") ||
+           Is(token, L"CIRCLE_PATH");
+}
+
+ExpeditionShapes* ExpeditionParser::MakePathShape(const AString& kind, const AString& layer, PathRecord& path,
+                                                  double factor, bool filledPolygon)
+{
+    if (Is(kind, L"RECT_PATH"))
+    {
+        if (!path.m_HasXY)
+            return nullptr;
+        return new ExpeditionRectangle(layer, path.m_X1 * factor, path.m_Y1 * factor, path.m_X2 * factor,
+                                       path.m_Y2 * factor, path.m_Width * factor);
+    }
+    if (Is(kind, L"CIRCLE_PATH"))
+        return new ExpeditionCircle(layer, path.m_X1 * factor, path.m_Y1 * factor, path.m_Radius * factor,
+                                    0.0);
+    std::vector<ExpeditionVertex*> vertices;
+    vertices.swap(path.m_Vertices);
+    for (ExpeditionVertex* v : vertices)
+    {
+        v->x *= factor;
+        v->y *= factor;
+        v->arcHeight *= factor;
+    }
+    if (filledPolygon)
+        return new ExpeditionPolygon(layer, vertices, path.m_Width * factor);
+    return new ExpeditionPath(layer, path.m_Width * factor, vertices);
+}
+
+AString ExpeditionParser::LayerNameOfWord(const AString& word)
+{
+    const AString digits = word.substr(word.rfind(L'_', AString::npos) + 1, AString::npos);
+    const int number = std::atoi(digits.AsAnsi().c_str());
+    if (number >= 1 && static_cast<size_t>(number) <= m_LayerNames.size())
+        return m_LayerNames[number];
+    return GetMountLayerName(word);
+}
+
+ExpeditionPin* ExpeditionParser::ReadCellPin(io::CToken_istream& stream, AString& token, double factor)
+{
+    AString name, netName, padStack, options;
+    double x = 0.0, y = 0.0, rotation = 0.0;
+    std::vector<ExpeditionAttribute> attributes;
+    stream >> name;
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        if (Is(token, L"NETNAME"))
+            stream >> netName;
+        else if (Is(token, L"XY"))
+            ReadXY(stream, x, y);
+        else if (Is(token, L"ROTATION"))
+            stream >> rotation;
+        else if (Is(token, L"PIN_OPTIONS"))
+        {
+            stream >> options;
+            if (Is(options, L"OPP_SIDE"))
+                m_OppSidePadStacks.insert(padStack); // the name as read so far
+        }
+        else if (Is(token, L"PADSTACK"))
+            stream >> padStack;
+        else if (Is(token, L"TEXT") && level == 4)
+        {
+            AString attribute, value;
+            stream >> attribute >> value;
+            attributes.emplace_back(attribute, value);
+        }
+        else
+            break;
+    }
+    if (Is(options, L"OPP_SIDE"))
+        rotation = 180.0 - rotation;
+    return new ExpeditionPin(name, netName, padStack, x * factor, y * factor, rotation, options, attributes);
+}
+
+void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, double factor,
+                                   std::vector<ExpeditionShapes*>& shapes)
+{
+    AString layer = GraphicLayer(token);
+    AString scratch;
+    ExpeditionShapes* shape = nullptr; // the last shape of the record is the one kept
+    const auto keep = [&shape](ExpeditionShapes* made)
+    {
+        if (made)
+        {
+            delete shape;
+            shape = made;
+        }
+    };
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        if (Is(token, L"RECT_SHAPE"))
+        {
+            NextToken(stream, token);
+            if (Is(token, L"XY"))
+            {
+                double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+                ReadCorners(stream, x1, y1, x2, y2);
+                keep(new ExpeditionRectangle(layer, x1 * factor, y1 * factor, x2 * factor, y2 * factor, 0.0));
+            }
+            NextToken(stream, token);
+            stream >> scratch;
+        }
+        else if (Is(token, L"CIRCLE_SHAPE"))
+        {
+            double x = 0, y = 0, radius = 0;
+            NextToken(stream, token);
+            if (Is(token, L"XY"))
+                ReadCentre(stream, x, y);
+            NextToken(stream, token);
+            if (Is(token, L"RADIUS"))
+                stream >> radius;
+            NextToken(stream, token);
+            stream >> scratch;
+            keep(new ExpeditionCircle(layer, x * factor, y * factor, radius * factor, 0.0));
+        }
+        else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+        {
+            std::vector<ExpeditionVertex*> vertices;
+            if (Is(token, L"POLYLINE_SHAPE"))
+                ReadPolyline(stream, vertices, factor);
+            else
+                ReadPolyarc(stream, vertices, factor);
+            keep(new ExpeditionPolygon(layer, vertices, 0.0));
+            NextToken(stream, token);
+            stream >> scratch; // SHAPE_OPTIONS and its value
+        }
+        else if (IsPathKeyword(token))
+        {
+            const AString kind = token;
+            PathRecord path;
+            ReadPathRecord(stream, token, path);
+            keep(MakePathShape(kind, layer, path, factor, false));
+            DeleteOwned_G(path.m_Vertices);
+        }
+        else if (Is(token, L"DISPLAY_WIDTH") || Is(token, L"HEIGHT") || Is(token, L"UNDERSIDE_SPACE") ||
+                 Is(token, L"SIDE"))
+            stream >> scratch; // the side has no effect: no bottom-side layer is made here
+        else if (Is(token, L"TEXT") && level == 4)
+            stream.NewLine();
+        else if (Is(token, L"USER_LYR"))
+            stream >> layer;
+        else
+            break;
+    }
+    if (shape)
+        shapes.push_back(shape);
+}
+
+void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, double factor,
+                                std::vector<ExpeditionText*>& texts,
+                                std::vector<ExpeditionAttribute>& attributes)
+{
+    AString text, next;
+    stream >> text >> next;
+    if (next != L".")
+    {
+        // "TEXT name value" on one line is an attribute; the value stays in
+        // the token, where the caller meets it as an unknown keyword.
+        attributes.emplace_back(text, next);
+        token = next;
+        return;
+    }
+    double x = 0.0, y = 0.0, rotation = 0.0, height = 0.0, strokeWidth = 0.001;
+    AString textType, layerWord, horzJust, vertJust, font, options;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (Is(token, L"XY"))
+            ReadXY(stream, x, y);
+        else if (Is(token, L"TEXT_TYPE"))
+            stream >> textType;
+        else if (Is(token, L"DISPLAY_ATTR"))
+            continue; // its sub-lines follow and are read here too
+        else if (Is(token, L"TEXT_LYR") || Is(token, L"USER_LYR"))
+            stream >> layerWord;
+        else if (Is(token, L"HORZ_JUST"))
+            stream >> horzJust;
+        else if (Is(token, L"VERT_JUST"))
+            stream >> vertJust;
+        else if (Is(token, L"HEIGHT"))
+            stream >> height;
+        else if (Is(token, L"WIDTH") || Is(token, L"STROKE_WIDTH"))
+            stream >> strokeWidth;
+        else if (Is(token, L"ROTATION"))
+            stream >> rotation;
+        else if (Is(token, L"FONT"))
+            stream >> font;
+        else if (Is(token, L"TEXT_OPTIONS"))
+            stream.NewLine(options);
+        else
+            break;
+    }
+    texts.push_back(new ExpeditionText(text, TextLayer(layerWord), textType, font, horzJust, vertJust,
+                                       height * factor, rotation, strokeWidth * factor, x * factor,
+                                       y * factor, options));
+}
+
+ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString& token, double factor,
+                                             int limit, AString& netName)
+{
+    const bool free = limit > 0;
+    double width = 0.0;
+    AString layer, options, pathKind, scratch;
+    std::vector<ExpeditionVertex*> vertices;
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        if (Is(token, L"PID"))
+            stream.NewLine();
+        else if (Is(token, L"ROUTE_LYR"))
+        {
+            stream >> scratch;
+            layer = LayerNameOfWord(scratch);
+        }
+        else if (Is(token, L"TRACE_OPTIONS"))
+            stream.NewLine(options);
+        else if (Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH"))
+        {
+            // Several paths of one record add up in one vertex list; the last
+            // kind and width stand.
+            pathKind = token;
+            NextToken(stream, token);
+            if (Is(token, L"WIDTH"))
+                stream >> width;
+            if (Is(pathKind, L"POLYLINE_PATH"))
+                ReadPolyline(stream, vertices, factor);
+            else
+                ReadPolyarc(stream, vertices, factor);
+        }
+        else if (Is(token, L"NETNAME"))
+            stream >> (free ? netName : scratch); // in a net block the block names the net
+        else if (Is(token, L"TEXT") && (level == 4 || (free && level == 3)))
+            stream.NewLine();
+        else if (Is(token, L"TEXT"))
+            break;
+        else if (free && Is(token, L"TEXT_TYPE"))
+            stream.NewLine();
+        else if (free && level > limit)
+            stream.NewLine();
+        else
+            break;
+    }
+    return new ExpeditionTrace(layer, options, pathKind, width * factor, vertices);
+}
+
+ExpeditionVia* ExpeditionParser::ReadVia(io::CToken_istream& stream, AString& token, double factor,
+                                         AString& netName)
+{
+    double x = 0.0, y = 0.0;
+    AString padStack, fromLayer, toLayer, word;
+    while (!stream.eof())
+    {
+        const int level = NextToken(stream, token);
+        if (level < 4)
+            break;
+        if (Is(token, L"XY"))
+            ReadXY(stream, x, y);
+        else if (Is(token, L"LAYER_PAIR"))
+        {
+            stream >> word;
+            fromLayer = LayerNameOfWord(word);
+            stream >> word;
+            toLayer = LayerNameOfWord(word);
+        }
+        else if (Is(token, L"PADSTACK"))
+            stream >> padStack;
+        else if (Is(token, L"NETNAME"))
+            stream >> netName;
+        else
+            stream.NewLine(); // VIA_OPTIONS and the like
+    }
+    m_UsedPadStacks.insert(padStack);
+    return new ExpeditionVia(padStack, fromLayer, toLayer, x * factor, y * factor);
+}
+
+void ExpeditionParser::AddShapesToNet(const AString& netName, const std::vector<ExpeditionShapes*>& shapes,
+                                      ElementList& elements)
+{
+    if (ExpeditionLayoutNet* net = FindElementNet(elements, netName))
+    {
+        net->m_Shapes.insert(net->m_Shapes.end(), shapes.begin(), shapes.end());
+        return;
+    }
+    auto* net = new ExpeditionLayoutNet(netName, {}, {}, shapes);
+    elements.push_back(net);
+    m_Nets.push_back(net);
+}
+
+ExpeditionLayoutNet* ExpeditionParser::FindElementNet(const ElementList& elements, const AString& name)
+{
+    return m_ElementNetIndex.Find(
+        elements, name, [](ExpeditionBaseElement* e) { return e->AsLayoutNet(); },
+        [](ExpeditionLayoutNet* net) -> const AString& { return net->m_Name; });
+}
+
+bool ExpeditionParser::HasMultiLoopPad(const ExpeditionPadStack* padStack)
+{
+    VELLUM_ASSERT(padStack->GetPadStackName().CompareNoCase("SAPPHIRE-42_50+39-28"));
+    // The pads of several loops, by name: a pad list can be long and this is
+    // asked once per placed pin.
+    for (; m_MultiLoopPadsScanned < m_Pads.size(); ++m_MultiLoopPadsScanned)
+    {
+        ExpeditionPad* pad =
+            m_Pads[m_MultiLoopPadsScanned] ? m_Pads[m_MultiLoopPadsScanned]->AsPad() : nullptr;
+        if (pad && pad->IsMultiLoop())
+            m_MultiLoopPadNames.insert(pad->m_Name);
+    }
+    if (m_MultiLoopPadNames.empty())
+        return false;
+    for (const AString* name : {&padStack->m_TopPad, &padStack->m_BottomPad, &padStack->m_InternalPad})
+        if (m_MultiLoopPadNames.count(*name))
+            return true;
+    return false;
+}
+
+bool ExpeditionParser::IsNegativeLayer(const AString& layerName)
+{
+    for (const auto& [number, layer] : m_Layers)
+        if (layer && layer->m_Name.CompareNoCase(layerName) == 0 &&
+            layer->m_PlaneType.CompareNoCase(L"Negative") == 0)
+            return true;
+    return false;
+}

@@ -1,0 +1,382 @@
+// ExpeditionPlaneDataReader.cpp - the copper areas of Layout.hkp: conductive
+// areas, obstructs, and the plane polygons that the layout tool generated.
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+
+#include <cfloat>
+
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+bool IsSkippedAreaLine(const AString& token)
+{
+    static const wchar_t* const words[] = {L"TEXT",          L"SHAPE_OPTIONS",       L"HATCH_SPACING",
+                                           L"HATCH_WIDTH",   L"HATCH_METAL_PERCENT", L"DIMENSION_DATA",
+                                           L"HATCH_PATTERN", L"TEXT_TYPE",           L"PID"};
+    for (const wchar_t* w : words)
+        if (Is(token, w))
+            return true;
+    return false;
+}
+
+void ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2)
+{
+    AString scratch;
+    stream >> scratch >> x1 >> scratch >> y1 >> scratch >> scratch >> x2 >> scratch >> y2 >> scratch;
+}
+
+void ReadCentre(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch >> x >> scratch >> y >> scratch;
+}
+} // namespace
+
+// One CONDUCTIVE_AREA record. Hatching is not kept: a hatched area counts as
+// solid. An area with the option PLANE gives nothing here, as its copper comes
+// with the generated plane data; a teardrop keeps its rectangle or circle.
+void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AString& token, double factor,
+                                                std::vector<ExpeditionShapes*>& shapes, AString& netName,
+                                                int& level)
+{
+    AString layer, option, word;
+    bool teardrop = false;
+    ExpeditionShapes* rectOrCircle = nullptr;
+    ExpeditionShapes* polygon = nullptr;
+    const auto replace = [](ExpeditionShapes*& slot, ExpeditionShapes* shape)
+    {
+        delete slot;
+        slot = shape;
+    };
+    netName.clear();
+    while (!stream.eof())
+    {
+        level = NextToken(stream, token);
+        if (Is(token, L"ROUTE_LYR"))
+        {
+            stream >> word;
+            layer = LayerNameOfWord(word);
+        }
+        else if (Is(token, L"NETNAME"))
+            stream >> netName;
+        else if (Is(token, L"CONDUCTIVE_AREA_OPTIONS"))
+        {
+            stream >> option;
+            if (Is(option, L"FIXED"))
+            {
+                stream >> word;
+                teardrop = teardrop || Is(word, L"TEARDROP");
+            }
+        }
+        else if (IsSkippedAreaLine(token))
+            stream.NewLine();
+        else if (Is(token, L"RECT_SHAPE"))
+        {
+            level = NextToken(stream, token);
+            if (Is(token, L"XY"))
+            {
+                double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+                ReadCorners(stream, x1, y1, x2, y2);
+                replace(rectOrCircle, new ExpeditionRectangle(layer, x1 * factor, y1 * factor, x2 * factor,
+                                                              y2 * factor, 0.0));
+            }
+        }
+        else if (Is(token, L"CIRCLE_SHAPE"))
+        {
+            double x = 0, y = 0, radius = 0;
+            bool hasXY = false, hasRadius = false, leaveRecord = false;
+            while (!stream.eof() && !(hasXY && hasRadius))
+            {
+                level = NextToken(stream, token);
+                if (level < 3)
+                {
+                    leaveRecord = true;
+                    break;
+                }
+                if (Is(token, L"XY"))
+                {
+                    ReadCentre(stream, x, y);
+                    hasXY = true;
+                }
+                else if (Is(token, L"RADIUS"))
+                {
+                    stream >> radius;
+                    hasRadius = true;
+                }
+                else
+                    stream.NewLine();
+            }
+            replace(rectOrCircle, new ExpeditionCircle(layer, x * factor, y * factor, radius * factor, 0.0));
+            if (leaveRecord)
+                break;
+        }
+        else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+        {
+            std::vector<ExpeditionVertex*> vertices;
+            if (Is(token, L"POLYLINE_SHAPE"))
+                ReadPolyline(stream, vertices, factor);
+            else
+                ReadPolyarc(stream, vertices, factor);
+            replace(polygon, new ExpeditionPolygon(layer, vertices, 0.0));
+        }
+        else
+            break;
+    }
+    const bool plane = Is(option, L"PLANE");
+    if (rectOrCircle && (teardrop || !plane))
+        shapes.push_back(rectOrCircle);
+    else
+        delete rectOrCircle;
+    if (polygon && !plane)
+        shapes.push_back(polygon);
+    else
+        delete polygon;
+}
+
+// A list of CONDUCTIVE_AREA records, or of OBSTRUCT records, which all belong
+// to the one net "VOIDNET". The shapes of each net are flushed when the next
+// record or the end of the list comes; at the end of the file they are lost.
+void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& token, double& factor,
+                                           int limit, bool obstructs, ElementList& elements)
+{
+    const wchar_t* const keyword = obstructs ? L"OBSTRUCT" : L"CONDUCTIVE_AREA";
+    std::vector<ExpeditionShapes*> shapes;
+    AString netName(L"."); // no record yet
+    int level = limit;
+    const auto flush = [&]()
+    {
+        if (netName == L".")
+            return;
+        if (obstructs)
+            AddShapesToNet(netName, shapes, elements);
+        else
+            FlushConductiveAreas(netName, shapes, elements);
+        shapes.clear();
+    };
+    while (!stream.eof())
+    {
+        if (Is(token, keyword))
+        {
+            flush();
+            AString name;
+            if (obstructs)
+                stream >> name; // the value on the OBSTRUCT line
+            ReadConductiveAreaRecord(stream, token, factor, shapes, name, level);
+            netName = obstructs ? AString(L"VOIDNET") : name;
+            continue;
+        }
+        if (Is(token, L"UNITS"))
+        {
+            AString text;
+            stream.NewLine(text);
+            factor = UnitFactor(text);
+            level = NextToken(stream, token);
+            continue;
+        }
+        const bool ends = IsPlacedCellKeyword(token) || Is(token, L"NET") ||
+                          (obstructs && Is(token, L"CONDUCTIVE_AREA")) || level <= limit;
+        if (ends && netName != L".")
+        {
+            flush();
+            return;
+        }
+        stream.NewLine();
+        level = NextToken(stream, token);
+    }
+    DeleteOwned_G(shapes);
+}
+
+// A conductive area of a net that exists already adds plane shapes only; a new
+// net takes the shapes as well.
+void ExpeditionParser::FlushConductiveAreas(const AString& netName, std::vector<ExpeditionShapes*>& shapes,
+                                            ElementList& elements)
+{
+    bool made = false;
+    ExpeditionLayoutNet* net = GetOrMakeNet(netName, elements, {}, {}, shapes, made);
+    AddConductiveShapesAsPlanes(*net, shapes);
+    if (!made)
+        DeleteOwned_G(shapes);
+}
+
+// GENERATED_DATA: the plane polygons the layout tool computed, one record per
+// outline or void. With a Planes.hkp beside the layout, only the tie legs are
+// taken from here.
+void ExpeditionParser::ReadGeneratedData(io::CToken_istream& stream, AString& token, double factor,
+                                         bool hasPlanesFile)
+{
+    AString layer, word;
+    ExpeditionLayoutNet* net = nullptr;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (Is(token, L"PLANE_LYR"))
+        {
+            stream >> word;
+            layer = LayerNameOfWord(word);
+        }
+        else if (Is(token, L"DIMENSION"))
+            return;
+        else if (Is(token, L"PLANE_NET"))
+        {
+            stream >> word;
+            net = FindNet(word);
+        }
+        else if (!hasPlanesFile && Is(token, L"RECT_PATH"))
+            ReadGeneratedRectangle(stream, token, factor, net, layer);
+        else if (!hasPlanesFile && Is(token, L"CIRCLE_PATH"))
+            ReadGeneratedCircle(stream, token, factor, net, layer);
+        else if (!hasPlanesFile && Is(token, L"POLYLINE_PATH"))
+            ReadGeneratedPolyline(stream, token, factor, net, layer);
+        else if (!hasPlanesFile && (Is(token, L"POLYARC_PATH") || Is(token, L"POLYARC_SHAPE")))
+            ReadGeneratedPolyarc(stream, token, factor, net, layer, Is(token, L"POLYARC_PATH"));
+        else if (hasPlanesFile && Is(token, L"APS_TIE_LEG"))
+            ReadTieLeg(stream, token, factor, net, layer);
+        // Any other token means nothing here, a value behind an unknown
+        // keyword included.
+    }
+}
+
+void ExpeditionParser::ReadGeneratedRectangle(io::CToken_istream& stream, AString& token, double factor,
+                                              ExpeditionLayoutNet* net, const AString& layer)
+{
+    double width = 0.0;
+    NextToken(stream, token);
+    if (Is(token, L"WIDTH"))
+    {
+        stream >> width;
+        width *= factor;
+        NextToken(stream, token);
+    }
+    if (!Is(token, L"XY"))
+        return;
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    ReadCorners(stream, x1, y1, x2, y2);
+    GeneratedPlane plane;
+    plane.m_Kind = GeneratedPlane::k_Box;
+    plane.m_Points = {{std::min(x1, x2) * factor, std::min(y1, y2) * factor},
+                      {std::max(x1, x2) * factor, std::max(y1, y2) * factor}};
+    plane.m_Width = width;
+    AddGeneratedPlane(net, layer, plane);
+}
+
+void ExpeditionParser::ReadGeneratedCircle(io::CToken_istream& stream, AString& token, double factor,
+                                           ExpeditionLayoutNet* net, const AString& layer)
+{
+    double width = 0.0, radius = 0.0, x = 0.0, y = 0.0;
+    bool hasXY = false, hasRadius = false;
+    while (!stream.eof() && !(hasXY && hasRadius))
+    {
+        NextToken(stream, token);
+        if (Is(token, L"WIDTH"))
+        {
+            stream >> width;
+            width *= factor;
+        }
+        else if (Is(token, L"XY"))
+        {
+            ReadCentre(stream, x, y);
+            x *= factor;
+            y *= factor;
+            hasXY = true;
+        }
+        else if (Is(token, L"RADIUS"))
+        {
+            stream >> radius;
+            radius *= factor;
+            hasRadius = true;
+        }
+        else
+            stream.NewLine();
+    }
+    GeneratedPlane plane;
+    plane.m_Kind = GeneratedPlane::k_Circle;
+    plane.m_Points = {{x, y}};
+    plane.m_Radius = radius;
+    plane.m_Width = width;
+    AddGeneratedPlane(net, layer, plane);
+}
+
+// The points are read over the largest float, so that a pair the file leaves
+// unreadable is recognised and dropped.
+void ExpeditionParser::ReadGeneratedPolyline(io::CToken_istream& stream, AString& token, double factor,
+                                             ExpeditionLayoutNet* net, const AString& layer)
+{
+    GeneratedPlane plane;
+    plane.m_Kind = GeneratedPlane::k_Points;
+    NextToken(stream, token);
+    if (Is(token, L"WIDTH"))
+    {
+        stream >> plane.m_Width;
+        plane.m_Width *= factor;
+    }
+    // The point list as ReadPolyline finds it: behind the next XY keyword.
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (Is(token, L"XY"))
+            break;
+    }
+    AString scratch;
+    const double unread = 3.4028234663852886e38;
+    while (!stream.eof())
+    {
+        stream >> scratch;
+        if (scratch == L".")
+            break;
+        double x = unread, y = unread;
+        stream >> x >> scratch >> y >> scratch;
+        if (x == unread && y == unread)
+            continue;
+        plane.m_Points.push_back({x * factor, y * factor});
+    }
+    AddGeneratedPlane(net, layer, plane);
+}
+
+void ExpeditionParser::ReadGeneratedPolyarc(io::CToken_istream& stream, AString& token, double factor,
+                                            ExpeditionLayoutNet* net, const AString& layer, bool withWidth)
+{
+    GeneratedPlane plane;
+    plane.m_Kind = GeneratedPlane::k_Arcs;
+    if (withWidth)
+    {
+        NextToken(stream, token);
+        if (Is(token, L"WIDTH"))
+        {
+            stream >> plane.m_Width;
+            plane.m_Width *= factor;
+        }
+    }
+    ReadXYRTriples(stream, plane.m_Triples, factor);
+    if (withWidth) // the polyarc shape is read and dropped
+        AddGeneratedPlane(net, layer, plane);
+}
+
+// A tie leg of a thermal connection: a two-point trace of the plane's net.
+void ExpeditionParser::ReadTieLeg(io::CToken_istream& stream, AString& token, double factor,
+                                  ExpeditionLayoutNet* net, const AString& layer)
+{
+    double width = 0.0;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (Is(token, L"WIDTH"))
+        {
+            stream >> width;
+            width *= factor;
+        }
+        else if (Is(token, L"XY"))
+            break;
+    }
+    if (stream.eof())
+        return;
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    ReadCorners(stream, x1, y1, x2, y2);
+    if (!net)
+        return; // a tie leg of no known net has no owner
+    net->m_Traces.push_back(new ExpeditionTrace(layer, AString(), AString(), width,
+                                                {new ExpeditionVertex(x1 * factor, y1 * factor, 0.0),
+                                                 new ExpeditionVertex(x2 * factor, y2 * factor, 0.0)}));
+}

@@ -1,0 +1,131 @@
+// ExpeditionRoutingReader.cpp - routing of Layout.hkp: net blocks with their
+// traces, vias and conductive areas, free traces, and the vias of placed
+// cells.
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+} // namespace
+
+ExpeditionLayoutNet* ExpeditionParser::GetOrMakeNet(const AString& netName, ElementList& elements,
+                                                    std::vector<ExpeditionTrace*> traces,
+                                                    std::vector<ExpeditionVia*> vias,
+                                                    std::vector<ExpeditionShapes*> shapes, bool& made)
+{
+    if (ExpeditionLayoutNet* net = FindElementNet(elements, netName))
+    {
+        made = false;
+        return net;
+    }
+    auto* net = new ExpeditionLayoutNet(netName, traces, vias, shapes);
+    m_Nets.push_back(net);
+    elements.push_back(net);
+    made = true;
+    return net;
+}
+
+// A net block's routing goes to the net of its name, which is made if need be;
+// its conductive areas become plane shapes of the net as well.
+void ExpeditionParser::FlushNetBlock(const AString& netName, std::vector<ExpeditionTrace*>& traces,
+                                     std::vector<ExpeditionVia*>& vias,
+                                     std::vector<ExpeditionShapes*>& shapes, ElementList& elements)
+{
+    bool made = false;
+    ExpeditionLayoutNet* net = GetOrMakeNet(netName, elements, traces, vias, shapes, made);
+    if (!made)
+    {
+        net->m_Traces.insert(net->m_Traces.end(), traces.begin(), traces.end());
+        net->m_Vias.insert(net->m_Vias.end(), vias.begin(), vias.end());
+        net->m_Shapes.insert(net->m_Shapes.end(), shapes.begin(), shapes.end());
+    }
+    AddConductiveShapesAsPlanes(*net, shapes);
+    traces.clear();
+    vias.clear();
+    shapes.clear();
+}
+
+void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, double& factor,
+                                    ElementList& elements)
+{
+    std::vector<ExpeditionTrace*> traces;
+    std::vector<ExpeditionVia*> vias;
+    std::vector<ExpeditionShapes*> shapes;
+    AString netName(L"."); // no net open yet
+    int level = 0;
+    while (!stream.eof())
+    {
+        if (Is(token, L"NET"))
+        {
+            if (netName != L".")
+                FlushNetBlock(netName, traces, vias, shapes, elements);
+            stream >> netName;
+            level = NextToken(stream, token);
+        }
+        else if (Is(token, L"UNITS"))
+        {
+            AString text;
+            stream.NewLine(text);
+            factor = UnitFactor(text); // for the caller too
+            level = NextToken(stream, token);
+        }
+        else if (IsPlacedCellKeyword(token) || level == 2)
+        {
+            FlushNetBlock(netName, traces, vias, shapes, elements);
+            return;
+        }
+        else if (Is(token, L"TRACE"))
+        {
+            AString ignored;
+            traces.push_back(ReadTrace(stream, token, factor, 0, ignored));
+        }
+        else if (Is(token, L"VIA"))
+        {
+            AString ignored;
+            vias.push_back(ReadVia(stream, token, factor, ignored));
+        }
+        else if (Is(token, L"CONDUCTIVE_AREA"))
+        {
+            AString ignored;
+            ReadConductiveAreaRecord(stream, token, factor, shapes, ignored, level);
+        }
+        else
+        {
+            stream.NewLine();
+            level = NextToken(stream, token);
+        }
+    }
+    // A net ended by the end of the file is not flushed: it is lost.
+    DeleteOwned_G(traces);
+    DeleteOwned_G(vias);
+    DeleteOwned_G(shapes);
+}
+
+void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
+                                     ElementList& elements)
+{
+    AString netName;
+    ExpeditionTrace* trace = ReadTrace(stream, token, factor, limit, netName);
+    if (netName.empty())
+    {
+        delete trace; // a free trace without NETNAME is lost
+        return;
+    }
+    bool made = false;
+    ExpeditionLayoutNet* net = GetOrMakeNet(netName, elements, {trace}, {}, {}, made);
+    if (!made)
+        net->m_Traces.push_back(trace);
+}
+
+void ExpeditionParser::ReadPlacedVia(io::CToken_istream& stream, AString& token, double factor)
+{
+    AString netName;
+    ExpeditionVia* via = ReadVia(stream, token, factor, netName);
+    if (ExpeditionLayoutNet* net = FindNet(netName))
+        net->m_Vias.push_back(via);
+    else
+        delete via;
+}
