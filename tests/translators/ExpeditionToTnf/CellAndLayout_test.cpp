@@ -173,3 +173,214 @@ TEST(PinReconciliation, RenamingAndOrderingAgainstTheFootprint)
         for (auto* p : *list)
             delete p;
 }
+
+namespace
+{
+const char* const k_Layout = R"hkp(.FILETYPE LAYOUT
+.UNITS MM
+.PACKAGE_CELL "SOIC8"
+ ..PID 101
+ ..XY (10, 20)
+ ..ROTATION 90
+ ..PLACEMENT_LYR MNT_LYR
+ ..FACEMENT TOP
+ ..PIN "2"
+  ...PADSTACK "SMD_60x24"
+  ...NETNAME "SIG"
+ ..PIN "1"
+  ...PADSTACK "SMD_60x24"
+  ...NETNAME "GND"
+ ..PIN "1"
+  ...PADSTACK "SMD_60x24"
+  ...NETNAME "gnd"
+ ..PIN "1"
+  ...PADSTACK "SMD_60x24_B"
+  ...PIN_OPTIONS OPP_SIDE
+  ...ROTATION 30
+ ..TEXT "U7"
+  ...XY (0, 3)
+  ...TEXT_TYPE REF_DES
+  ...TEXT_LYR SILKSCREEN_MNT_LYR
+ ..TEXT "Value" "LM358"
+.PACKAGE_CELL "R0603"
+ ..PID 102
+ ..ROTATION 180
+ ..PLACEMENT_LYR OPP_LYR
+ ..FACEMENT BOTTOM
+ ..PIN "1"
+  ...PADSTACK "SMD_30x35"
+  ...NETNAME "GND"
+ ..PIN "1_1"
+  ...PADSTACK "SMD_30x35"
+ ..PIN "1"
+  ...PADSTACK "SMD_30x35"
+ ..TEXT "R1"
+  ...TEXT_TYPE REF_DES
+.PACKAGE_CELL "R0603"
+ ..XY (5, 5)
+ ..ROTATION 0
+ ..PLACEMENT_LYR LYR_3
+ ..PIN "1"
+  ...PADSTACK "SMD_30x35"
+.PACKAGE_CELL "GHOST"
+ ..XY (1, 1)
+ ..ROTATION 0
+.PACKAGE_CELL "R0603"
+ ..XY (2, 2)
+ ..ROTATION 0
+ ..COMPONENT_OPTIONS NOT_PLACED
+.BOARD_OUTLINE
+ ..POLYLINE_PATH
+  ...WIDTH 0.2
+  ...XY (0, 0) (50, 0) (50, 40) (0, 40) (0, 0)
+.CONTOUR
+ ..HOLE 1
+ ..CIRCLE_PATH
+  ...WIDTH 0
+  ...XY (5, 5)
+  ...RADIUS 1.6
+.TRACE
+ ..ROUTE_LYR LYR_1
+ ..POLYLINE_PATH
+  ...WIDTH 0.2
+  ...XY (0, 0) (1, 1)
+.TRACE
+ ..ROUTE_LYR LYR_4
+ ..NETNAME "SIG"
+ ..POLYARC_PATH
+  ...WIDTH 0.15
+  ...XYR (0, 0, 0) (5, 0, 5) (10, 0, 0)
+.NET "GND"
+ ..TRACE
+  ...ROUTE_LYR LYR_1
+  ...POLYLINE_PATH
+   ....WIDTH 0.3
+   ....XY (1, 1) (2, 2)
+ ..VIA
+  ...XY (2, 2)
+  ...LAYER_PAIR LYR_1 LYR_4
+  ...PADSTACK "VIA_10"
+.NET "gnd"
+ ..VIA
+  ...XY (3, 3)
+  ...LAYER_PAIR LYR_1 LYR_7
+  ...PADSTACK "VIA_10"
+.NET "(net0)"
+ ..VIA
+  ...XY (4, 4)
+  ...PADSTACK "VIA_12"
+.NET "(net0)"
+ ..VIA
+  ...XY (5, 5)
+  ...PADSTACK "VIA_12"
+.NET "LOST"
+ ..VIA
+  ...XY (6, 6)
+  ...PADSTACK "VIA_14"
+)hkp";
+} // namespace
+
+TEST_F(CellAndLayout, PlacedComponentsNetlistRoutingAndBoard)
+{
+    WriteFile("JobPrefs.hkp", k_FourLayerJobPrefs);
+    WriteFile("Cell.hkp", k_Cells);
+    WriteFile("Layout.hkp", k_Layout);
+    ExpeditionParser parser(AString(JobDir().string().c_str()));
+    ElementList elements;
+    parser.ReadJobPrefs(elements);
+    parser.ReadCells(elements);
+    parser.ReadLayout(elements);
+
+    std::vector<ExpeditionComponent*> components;
+    std::vector<ExpeditionNetlist*> netlists;
+    std::vector<ExpeditionBoard*> boards;
+    for (auto* e : elements)
+    {
+        if (e->AsComponent())
+            components.push_back(e->AsComponent());
+        if (e->AsNetlist())
+            netlists.push_back(e->AsNetlist());
+        if (e->AsBoard())
+            boards.push_back(e->AsBoard());
+    }
+    ASSERT_EQ(components.size(), 3u);
+
+    // U7: pins renamed after the footprint and put in its order; the OPP_SIDE
+    // pin turned to 180 - 30.
+    const ExpeditionComponent* u7 = components[0];
+    EXPECT_EQ(u7->m_LayerName, AString(L"Top_1"));
+    EXPECT_DOUBLE_EQ(u7->m_X, 10.0);
+    EXPECT_DOUBLE_EQ(u7->m_Rotation, 90.0);
+    EXPECT_FALSE(u7->m_Mirrored);
+    std::vector<std::string> pinNames;
+    for (const ExpeditionPin* pin : u7->m_Pins)
+        pinNames.push_back(pin->m_Name.AsAnsi().str());
+    EXPECT_EQ(pinNames, (std::vector<std::string>{"1", "1_1", "2", "1_2"}));
+    EXPECT_DOUBLE_EQ(u7->m_Pins[3]->m_Rotation, 150.0);
+    EXPECT_EQ(parser.m_OppSidePadStacks.count(L"SMD_60x24_B"), 1u);
+    ASSERT_EQ(u7->m_Attributes.size(), 1u); // a one-line text is an attribute
+    EXPECT_EQ(u7->m_Texts.size(), 1u);
+
+    // R1 on the bottom stands where U7 stood, as it gives no position; the
+    // placement lines are read by position, so without XY the ROTATION
+    // keyword is passed over and U7's rotation stays.
+    const ExpeditionComponent* r1 = components[1];
+    EXPECT_DOUBLE_EQ(r1->m_Rotation, 90.0);
+    // Its pins "1", "1_1", "1" against the footprint's "1", "1_1", "1_2": the
+    // repeats of "1" match three footprint pins by form, the sizes disagree,
+    // and renaming goes as far as it can; the order stays the file's.
+    EXPECT_EQ(r1->m_Pins[0]->m_Name, AString(L"1"));
+    EXPECT_EQ(r1->m_Pins[1]->m_Name, AString(L"1_1"));
+    EXPECT_EQ(r1->m_Pins[2]->m_Name, AString(L"1_1"));
+    EXPECT_EQ(r1->m_LayerName, AString(L"Bottom_4"));
+    EXPECT_TRUE(r1->m_Mirrored);
+    EXPECT_DOUBLE_EQ(r1->m_X, 10.0);
+    EXPECT_DOUBLE_EQ(r1->m_Y, 20.0);
+    // The inner-layer component uses the variant of its footprint.
+    const ExpeditionComponent* inner = components[2];
+    EXPECT_EQ(inner->m_LayerName, AString(L"PLANE_3"));
+    EXPECT_EQ(inner->m_FootprintName, AString(L"R0603_Layer_3"));
+    ExpeditionFootprint* variant = parser.FindFootprint(elements, L"R0603_Layer_3");
+    ASSERT_NE(variant, nullptr);
+    EXPECT_EQ(variant->m_Pins.size(), 3u);
+    EXPECT_TRUE(variant->m_Shapes.empty());
+
+    // The missing cell is noted; the one not placed is not.
+    EXPECT_EQ(parser.m_MissingCells, (std::vector<AString>{L"GHOST"}));
+    EXPECT_EQ(parser.m_UsedNames, (std::set<AString>{L"R0603", L"R0603_Layer_3", L"SOIC8"}));
+    EXPECT_EQ(parser.m_UsedPadStacks.count(L"SMD_60x24"), 1u);
+
+    // Netlist: GND and gnd are one net; each connection once.
+    ASSERT_EQ(netlists.size(), 2u);
+    EXPECT_EQ(netlists[0]->m_Name, AString(L"GND"));
+    EXPECT_EQ(netlists[0]->m_Pins, (std::vector<AString>{L"U7-1", L"U7-1_1", L"R1-1"}));
+    EXPECT_EQ(netlists[0]->m_PinCount, 3u);
+    EXPECT_EQ(netlists[1]->m_Pins, (std::vector<AString>{L"U7-2"}));
+
+    // Board with its outline and a circular contour.
+    ASSERT_EQ(boards.size(), 1u);
+    ASSERT_NE(boards[0]->m_Outline, nullptr);
+    ASSERT_NE(boards[0]->m_Outline->AsPath(), nullptr);
+    EXPECT_EQ(boards[0]->m_Outline->AsPath()->m_Vertices.size(), 5u);
+    ASSERT_EQ(boards[0]->m_Contours.size(), 1u);
+    EXPECT_DOUBLE_EQ(boards[0]->m_Contours[0]->AsCircle()->m_Radius, 1.6);
+
+    // Routing: the free trace without a net is lost; two GND blocks make one
+    // net; "(net0)" blocks make a net each, all named DUMMY; the last block,
+    // ended by the end of the file, is lost.
+    std::vector<ExpeditionLayoutNet*> nets = parser.m_Nets;
+    ASSERT_EQ(nets.size(), 4u);
+    EXPECT_EQ(nets[0]->m_Name, AString(L"SIG"));
+    ASSERT_EQ(nets[0]->m_Traces.size(), 1u);
+    EXPECT_EQ(nets[0]->m_Traces[0]->m_PathKind, AString(L"POLYARC_PATH"));
+    EXPECT_EQ(nets[0]->m_Traces[0]->m_Vertices.size(), 2u);
+    EXPECT_EQ(nets[1]->m_Name, AString(L"GND"));
+    EXPECT_EQ(nets[1]->m_Traces.size(), 1u);
+    ASSERT_EQ(nets[1]->m_Vias.size(), 2u);
+    EXPECT_EQ(nets[1]->m_Vias[1]->m_ToLayer, AString(L"Bottom_4")); // layer 7 of 4: the bottom
+    EXPECT_EQ(nets[2]->m_Name, AString(L"DUMMY"));
+    EXPECT_EQ(nets[3]->m_Name, AString(L"DUMMY"));
+    EXPECT_EQ(parser.m_UsedPadStacks.count(L"VIA_14"), 1u); // read, though its net was lost
+    for (auto* e : elements)
+        delete e;
+}
