@@ -4,8 +4,23 @@
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/Triangle.h"
 
+#include <cmath>
+
 namespace geom
 {
+namespace
+{
+// t - sin t without cancellation for small t.
+double GetAngleLessSine(double t)
+{
+    if (std::fabs(t) > 0.05)
+        return t - std::sin(t);
+    const double t2 = t * t;
+    // t^3/3! - t^5/5! + t^7/7! - t^9/9!
+    return t * t2 * (1.0 / 6 - t2 * (1.0 / 120 - t2 * (1.0 / 5040 - t2 / 362880)));
+}
+} // namespace
+
 Area CircleSlice::GetArea() const
 {
     Area ret = k_Area_0;
@@ -17,10 +32,12 @@ Area CircleSlice::GetArea() const
     }
     else if (!m_Arc.IsPoint(k_Unit_0, nullptr))
     {
-        const Circumference circle = m_Arc.GetCircumference();
-        const Unit r = circle.GetRadius();
-        const Area sector = m_Arc.GetAngle().GetValue() * (r * r) * 0.5;
-        ret = sector - Triangle(m_Arc.GetStart(), m_Arc.GetEnd(), circle.GetCenter()).GetSignedArea();
+        // Sector less the triangle of the chord and the centre, written as
+        // r^2 / 2 (t - sin t): on a flat arc the two terms are huge and nearly
+        // equal, so their difference is taken from the series of t - sin t.
+        const Unit r = m_Arc.GetRadius();
+        const double t = m_Arc.GetAngle().GetValue();
+        ret = (r * r) * (0.5 * GetAngleLessSine(t));
     }
     VELLUM_ASSERT(m_Arc.IsBig() || ret.GetAbs() <= m_Arc.GetStartEndSegment().GetLengthSquare());
     return ret;
