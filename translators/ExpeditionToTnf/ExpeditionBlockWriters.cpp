@@ -4,21 +4,6 @@
 
 using io::CBlockPtr;
 
-CBlockPtr ExpeditionToTnf::WritePadShapes(ElementList& /*elements*/)
-{
-    CBlockPtr block(L"PadShapes");
-    io::CBlock_func nullPad(L"'NULLPAD'");
-    io::CBlock_func circle(L"Circle");
-    circle << 0.0;
-    nullPad << circle;
-    *block << nullPad;
-    return block;
-}
-
-CBlockPtr ExpeditionToTnf::WritePadStacks(ElementList& /*elements*/)
-{
-    return CBlockPtr(L"PadStacks");
-}
 void ExpeditionToTnf::ExpandPins(ElementList& /*elements*/) {}
 CBlockPtr ExpeditionToTnf::WriteFootprints(ElementList& /*elements*/)
 {

@@ -17,6 +17,9 @@ using io::CNamed_value_manip;
 
 ExpeditionToTnf::~ExpeditionToTnf()
 {
+    for (auto& [name, slots] : m_PadStackLayers)
+        for (PadStackLayerEntry* slot : slots)
+            delete slot;
     delete m_DefaultSmdPadConnection;
     delete m_DefaultThruPadConnection;
     delete m_DefaultViaConnection;

@@ -17,8 +17,23 @@
 
 class ExpeditionParser;
 
-// One layer entry of a padstack that uses a pad of several loops.
-struct PadStackLayerEntry;
+// One layer item of a padstack whose pad has further loops.
+struct PadStackLayerEntry
+{
+    PadStackLayerEntry(const AString& padName, const AString& layerLabel, double x, double y, double rotation,
+                       const io::CBlockFuncPtr& thermal, const io::CBlockFuncPtr& nonConnect)
+        : m_PadName(padName), m_LayerLabel(layerLabel), m_X(x), m_Y(y), m_Rotation(rotation),
+          m_Thermal(thermal), m_NonConnect(nonConnect)
+    {
+    }
+    AString m_PadName;
+    AString m_LayerLabel; // "Top", "Signal" or "Bottom"
+    double m_X;
+    double m_Y;
+    double m_Rotation;
+    io::CBlockFuncPtr m_Thermal;    // shares the item's Thermal
+    io::CBlockFuncPtr m_NonConnect; // shares the item's NonConnect
+};
 
 class ExpeditionToTnf
 {
@@ -67,7 +82,20 @@ public:
     std::set<AString> m_ReservedRefDes;
     std::map<AString, AString> m_PartTypes;
 
+    // Pieces shared by the writers.
+    static void AddVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices);
+
 private:
+    struct PadStackLookup;
+    io::CBlockFuncPtr MakeHoleItem(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
+    io::CBlockFuncPtr MakeLayerItem(const ExpeditionPadStack& padStack, const wchar_t* label, int layer,
+                                    const PadStackLookup& lookup, bool& hasLoops,
+                                    std::vector<PadStackLayerEntry*>& slots);
+    void StoreLayerSlots(const AString& name, bool hasLoops, std::vector<PadStackLayerEntry*>& slots);
+    io::CBlockPtr WriteMirroredPadStack(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
+    void WriteExtraPadStacks(io::CBlock& block);
+    io::CBlockFuncPtr MakeExtraLayerItem(const std::vector<PadStackLayerEntry*>& slots, size_t j, size_t k);
+    void AddPadShape(io::CBlock_func& entry, ExpeditionPad& pad);
     void TakeOverFromParser(ExpeditionParser& parser);
     void ReserveReferenceDesignators(ElementList& elements);
 };
