@@ -244,7 +244,7 @@ Result_T<std::vector<Arc>> JoinAdjacentArcs_G(const std::vector<Arc>& arcs, Open
         budget = accuracy;
     }
     ret.m_Value.push_back(cur_arc);
-    if (open_closed == k_Closed && ret.m_Value.size() > 2)
+    if (open_closed == k_Closed && ret.m_Value.size() > 1)
     {
         const ArcMerge merged = MergeArcs_G(ret.m_Value.back(), ret.m_Value.front(), accuracy);
         if (merged.m_Success)
