@@ -82,10 +82,30 @@ public:
     std::set<AString> m_ReservedRefDes;
     std::map<AString, AString> m_PartTypes;
 
+    // The first "U%d" from counter on that no component's reference
+    // designator holds; the counter is left at the number returned.
+    AString NextFreeRefDes(int& counter) const;
+    // The padstack of the named pin of the first footprint of that name that
+    // has it (names without regard to case), or empty.
+    AString FindFootprintPadStack(const ElementList& elements, const AString& footprintName,
+                                  const AString& pinName) const;
+    static AString ComponentPrefix(const ExpeditionComponent& component);
+
     // Pieces shared by the writers.
     static void AddVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices);
+    // vertex(x, y, w, w, "Round", "Radiallymitered", w) per vertex of a line.
+    static void AddPathVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
+                                double width);
 
 private:
+    void WriteBoardOutline(io::CBlock& block, ExpeditionShapes& outline);
+    void WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour);
+    void WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net);
+    void WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net);
+    void ExpandNetPins(ElementList& elements);
+    struct NetlistPins;
+    io::CBlockPtr WriteComponentProperties(const ExpeditionComponent& component, const AString& partNumber);
+    void WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock& block);
     struct PadStackLookup;
     io::CBlockFuncPtr MakeHoleItem(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
     io::CBlockFuncPtr MakeLayerItem(const ExpeditionPadStack& padStack, const wchar_t* label, int layer,

@@ -387,3 +387,128 @@ TEST_F(CellAndLayout, PlacedComponentsNetlistRoutingAndBoard)
     for (auto* e : elements)
         delete e;
 }
+
+namespace
+{
+// The items of a block as text, one per entry; nested blocks as their name.
+std::vector<std::string> Items(const io::CBlock& block)
+{
+    std::vector<std::string> texts;
+    for (auto it = block.begin(); it != block.end(); ++it)
+    {
+        if (block.Item(it)->IsBlock())
+        {
+            texts.push_back("[" + block.Item(it)->Name().AsAnsi().str() + "]");
+            continue;
+        }
+        io::CString_ostream out;
+        out.SetPrecision(10);
+        block.Item(it)->write(out);
+        texts.push_back(out.str());
+    }
+    return texts;
+}
+
+const io::CBlock* Path(const io::CBlock& root, std::initializer_list<const wchar_t*> names)
+{
+    const io::CBlock* block = &root;
+    for (const wchar_t* name : names)
+    {
+        block = ChildBlock(*block, name);
+        if (!block)
+            return nullptr;
+    }
+    return block;
+}
+} // namespace
+
+TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
+{
+    WriteMinimalJob();
+    WriteFile("JobPrefs.hkp", k_FourLayerJobPrefs);
+    WriteFile("Cell.hkp", k_Cells);
+    WriteFile("Layout.hkp", k_Layout);
+    ASSERT_EQ(Translate(), 0);
+    io::CBlockPtr root = OutputTree();
+
+    const io::CBlock* components = ChildBlock(*root, L"Components");
+    ASSERT_NE(components, nullptr);
+    EXPECT_EQ(ChildNames(*components),
+              (std::vector<std::string>{"ExpeditionBoard", "Component0", "Component1", "Component2"}));
+    EXPECT_EQ(Items(*ChildBlock(*components, L"ExpeditionBoard")),
+              (std::vector<std::string>{"CompDef('', 'ExpeditionBoard', '', 'U', 1, 'ExpeditionBoard')"}));
+    EXPECT_EQ(Items(*ChildBlock(*components, L"Component1")),
+              (std::vector<std::string>{"CompDef('', 'R0603', '', 'R', 1)", "Terminal('1', '1', 'A', false)",
+                                        "Terminal('1_1', '1_1', 'A', false)",
+                                        "Terminal('1_1', '1_1', 'A', false)"}));
+    // The inner-layer component has no reference designator: prefix U.
+    EXPECT_EQ(Items(*ChildBlock(*components, L"Component2"))[0], "CompDef('', 'R0603_Layer_3', '', 'U', 1)");
+
+    const io::CBlock* footprints = ChildBlock(*root, L"Footprints");
+    ASSERT_NE(footprints, nullptr);
+    EXPECT_EQ(ChildNames(*footprints), (std::vector<std::string>{"SOIC8", "R0603", "R0603_Layer_3"}));
+    const io::CBlock* firstPin = Path(*footprints, {L"SOIC8", L"FpPins", L"FpPindef"});
+    ASSERT_NE(firstPin, nullptr);
+    EXPECT_EQ(Items(*firstPin),
+              (std::vector<std::string>{"FpPin('1', -2.7, 1.905, 'SMD_60x24', 0)", "[Properties]"}));
+
+    // Pins by reference designator and index in the component's pin order;
+    // the component without one is U0 here and in the placement.
+    const io::CBlock* netlist = Path(*root, {L"LayoutData", L"LayoutCell", L"Netlist"});
+    ASSERT_NE(netlist, nullptr);
+    std::vector<std::string> nets;
+    for (auto it = netlist->begin(); it != netlist->end(); ++it)
+    {
+        const auto* block = static_cast<const io::CBlock*>(netlist->Item(it).Item());
+        for (const std::string& item : Items(*block))
+            nets.push_back(item);
+    }
+    EXPECT_EQ(nets, (std::vector<std::string>{"U7('Component0')", "[Properties]", "R1('Component1')",
+                                              "[Properties]", "U0('Component2')", "[Properties]",
+                                              "GND('Signal')", "NetPin='U7.0'", "NetPin='U7.1'",
+                                              "NetPin='R1.0'", "SIG('Signal')", "NetPin='U7.2'"}));
+
+    const io::CBlock* placements =
+        Path(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutComponents"});
+    ASSERT_NE(placements, nullptr);
+    std::vector<std::string> placed;
+    for (auto it = placements->begin(); it != placements->end(); ++it)
+        placed.push_back(Items(*static_cast<const io::CBlock*>(placements->Item(it).Item()))[0]);
+    // R1 on the bottom: rotation 180 - 90, position untouched. The inner
+    // component states no side and keeps R1's: mirrored, 180 - 0.
+    EXPECT_EQ(placed, (std::vector<std::string>{
+                          "LayoutCompInst('Top_1', 'SOIC8', 'U7', 10, 20, 90, false)",
+                          "LayoutCompInst('Bottom_4', 'R0603', 'R1', 10, 20, 90, true)",
+                          "LayoutCompInst('PLANE_3', 'R0603_Layer_3', 'U0', 5, 5, 180, true)"}));
+
+    // Copper: the arc of the free trace behind its vertex, ids running on
+    // into the board outline and its round cut-out.
+    const io::CBlock* layoutNets = Path(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutNets"});
+    ASSERT_NE(layoutNets, nullptr);
+    std::vector<std::string> copper;
+    for (auto it = layoutNets->begin(); it != layoutNets->end(); ++it)
+        for (const std::string& item : Items(*static_cast<const io::CBlock*>(layoutNets->Item(it).Item())))
+            copper.push_back(item);
+    const std::string w15 = ", 0.15, 0.15, 'Round', 'Radiallymitered', 0.15)";
+    const std::string w3 = ", 0.3, 0.3, 'Round', 'Radiallymitered', 0.3)";
+    EXPECT_EQ(copper,
+              (std::vector<std::string>{
+                  "Name='SIG'",
+                  "Graphics('Bottom_4', Path(1, vertex(0, 0" + w15 + ", Arc(-5), vertex(10, 0" + w15 + "))",
+                  "Name='GND'",
+                  "Graphics('Top_1', Path(2, vertex(1, 1" + w3 + ", vertex(2, 2" + w3 + "))",
+                  "Via(3, 'Top_1', 'Bottom_4', 2, 2, 'VIA_10', 0)",
+                  "Via(4, 'Top_1', 'Bottom_4', 3, 3, 'VIA_10', 0)",
+                  "Name='DUMMY'",
+                  "Via(5, '', '', 4, 4, 'VIA_12', 0)",
+                  "Name='DUMMY'",
+                  "Via(6, '', '', 5, 5, 'VIA_12', 0)",
+              }));
+    const io::CBlock* dimensions =
+        Path(*root, {L"LayoutData", L"Design", L"TopLayout", L"PhysicalDimensions"});
+    ASSERT_NE(dimensions, nullptr);
+    EXPECT_EQ(Items(*dimensions),
+              (std::vector<std::string>{
+                  "Polygon(7, 0.2, vertex(0, 0), vertex(50, 0), vertex(50, 40), vertex(0, 40), vertex(0, 0))",
+                  "Cut('SIGNAL_1', 'SIGNAL_4', Circle(8, 0, 5, 5, 3.2))"}));
+}

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -15,7 +16,135 @@
 #include <string>
 #include <vector>
 
+#ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#endif
+
 namespace fs = std::filesystem;
+
+#ifdef _WIN32
+// Runs a command line with standard input from NUL and standard error into a
+// file. The dialogs and message boxes the program opens meanwhile are read
+// ("Title: text" for a box, the dialog's title and static texts for others)
+// and answered: OK for a box, Cancel for a dialog, so that a run never waits
+// for a person. Under wine that needs a window driver (the null driver will
+// do); without one the program's windows cannot open and nothing is seen.
+class WindowsRun
+{
+public:
+    static int Run(const std::string& commandLine, const fs::path& errors, std::vector<std::string>& dialogs)
+    {
+        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+        HANDLE input = CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING,
+                                   0, nullptr);
+        HANDLE error = CreateFileW(errors.wstring().c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
+                                   CREATE_ALWAYS, 0, nullptr);
+        STARTUPINFOA startup = {};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = input;
+        startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+        startup.hStdError = error;
+        PROCESS_INFORMATION process = {};
+        std::string line = commandLine;
+        const BOOL started =
+            CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+        CloseHandle(input);
+        CloseHandle(error);
+        if (!started)
+            return -1;
+        Watch watch{process.dwProcessId, &dialogs, {}};
+        // A minute is far more than any run here takes; a run that takes
+        // longer hangs, and is ended.
+        DWORD waited = WAIT_TIMEOUT;
+        for (int i = 0; i < 1200 && waited == WAIT_TIMEOUT; ++i)
+        {
+            waited = WaitForSingleObject(process.hProcess, 50);
+            EnumWindows(&WindowsRun::Answer, reinterpret_cast<LPARAM>(&watch));
+        }
+        DWORD status = 0;
+        if (waited != WAIT_OBJECT_0)
+        {
+            TerminateProcess(process.hProcess, 1);
+            WaitForSingleObject(process.hProcess, INFINITE);
+            dialogs.push_back("(hung)");
+        }
+        GetExitCodeProcess(process.hProcess, &status);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        return waited == WAIT_OBJECT_0 ? static_cast<int>(status) : -1;
+    }
+
+    // Whether this process can open windows at all: under wine without a
+    // display or the null window driver it cannot, and neither can the
+    // program, whose boxes then return at once unseen.
+    static bool CanOpenWindows()
+    {
+        HWND probe = CreateWindowA("Static", "", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+        if (!probe)
+            return false;
+        DestroyWindow(probe);
+        return true;
+    }
+
+private:
+    struct Watch
+    {
+        DWORD m_ProcessId;
+        std::vector<std::string>* m_Dialogs;
+        std::vector<HWND> m_Answered;
+    };
+
+    static std::string WindowText(HWND window)
+    {
+        char text[1024] = {};
+        GetWindowTextA(window, text, sizeof text);
+        return text;
+    }
+
+    static BOOL CALLBACK CollectStatic(HWND child, LPARAM texts)
+    {
+        char className[64] = {};
+        GetClassNameA(child, className, sizeof className);
+        const std::string text = WindowText(child);
+        if (std::string(className) == "Static" && !text.empty())
+            reinterpret_cast<std::vector<std::string>*>(texts)->push_back(text);
+        return TRUE;
+    }
+
+    static BOOL CALLBACK Answer(HWND window, LPARAM context)
+    {
+        auto& watch = *reinterpret_cast<Watch*>(context);
+        DWORD processId = 0;
+        GetWindowThreadProcessId(window, &processId);
+        char className[64] = {};
+        GetClassNameA(window, className, sizeof className);
+        // Dialogs only, and only once they are up with their texts.
+        if (processId != watch.m_ProcessId || std::string(className) != "#32770" || !IsWindowVisible(window) ||
+            std::find(watch.m_Answered.begin(), watch.m_Answered.end(), window) != watch.m_Answered.end())
+            return TRUE;
+        watch.m_Answered.push_back(window);
+        // A message box keeps its text in the static control 0xFFFF.
+        if (HWND message = GetDlgItem(window, 0xFFFF))
+        {
+            watch.m_Dialogs->push_back(WindowText(window) + ": " + WindowText(message));
+            PostMessageA(window, WM_COMMAND, IDOK, 0);
+            return TRUE;
+        }
+        std::vector<std::string> texts;
+        EnumChildWindows(window, &WindowsRun::CollectStatic, reinterpret_cast<LPARAM>(&texts));
+        std::string seen = WindowText(window);
+        for (const auto& text : texts)
+            seen += " | " + text;
+        watch.m_Dialogs->push_back(seen);
+        PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
+        return TRUE;
+    }
+};
+#endif
 
 // The five files every job must have, empty but present.
 inline const std::map<std::string, std::string>& MinimalJobFiles()
@@ -59,13 +188,20 @@ protected:
     }
 
     // Runs the program with the given arguments (already quoted as needed);
-    // standard input comes from /dev/null, standard error is kept.
+    // standard input comes from /dev/null (NUL on Windows), standard error is
+    // kept, and on Windows the boxes and dialogs shown are kept as well.
     int Run(const std::string& arguments)
     {
         const fs::path errors = m_Dir / "stderr.txt";
+#ifdef _WIN32
+        m_Dialogs.clear();
+        const int status =
+            WindowsRun::Run(std::string("\"") + TNF_TRANSLATOR_EXE + "\" " + arguments, errors, m_Dialogs);
+#else
         const std::string command = std::string("\"") + TNF_TRANSLATOR_EXE + "\" " + arguments +
                                     " </dev/null 2>\"" + errors.string() + "\"";
         const int status = std::system(command.c_str());
+#endif
         std::ifstream in(errors);
         std::stringstream text;
         text << in.rdbuf();
@@ -97,10 +233,17 @@ protected:
     }
 
     const std::string& Errors() const { return m_Errors; }
+#ifdef _WIN32
+    // The boxes and dialogs of the last run, in the order they appeared.
+    const std::vector<std::string>& Dialogs() const { return m_Dialogs; }
+#endif
 
 private:
     fs::path m_Dir;
     std::string m_Errors;
+#ifdef _WIN32
+    std::vector<std::string> m_Dialogs;
+#endif
 };
 
 // The names of a block's children in order.

@@ -81,10 +81,18 @@ TEST_F(RunFrame, MissingRequiredFileEndsTheRunWithoutOutput)
         WriteMinimalJob({missing});
         EXPECT_EQ(Translate(), 0);
         EXPECT_FALSE(fs::exists(OutputPath()));
+        // The job directory and the file name are joined with "/" on every
+        // system.
         AString lower(missing);
-        const std::string expected =
-            "File I/O Error: " + (JobDir() / lower.ToLower().AsAnsi().str()).string() + " not found\n";
-        EXPECT_EQ(Errors(), expected);
+        const std::string text = JobDir().string() + "/" + lower.ToLower().AsAnsi().str() + " not found";
+        EXPECT_EQ(Errors(), "File I/O Error: " + text + "\n");
+#ifdef _WIN32
+        // The same text in one box, also in silent mode.
+        if (WindowsRun::CanOpenWindows())
+        {
+            EXPECT_EQ(Dialogs(), std::vector<std::string>{"File I/O Error: " + text});
+        }
+#endif
     }
     // The optional files are not missed.
     fs::remove_all(JobDir());
@@ -94,6 +102,23 @@ TEST_F(RunFrame, MissingRequiredFileEndsTheRunWithoutOutput)
     EXPECT_TRUE(fs::exists(OutputPath()));
 }
 
+#ifdef _WIN32
+TEST_F(RunFrame, OtherArgumentCountsOpenTheFolderDialog)
+{
+    if (!WindowsRun::CanOpenWindows())
+        GTEST_SKIP() << "no window driver: the dialogs cannot open";
+    WriteMinimalJob();
+    // The folder dialog is cancelled; the program ends without a word.
+    for (const std::string& args : std::vector<std::string>{"", "\"" + JobDir().string() + "\"", "a b c"})
+    {
+        EXPECT_EQ(Run(args), 0);
+        ASSERT_EQ(Dialogs().size(), 1u) << args;
+        EXPECT_NE(Dialogs()[0].find("Select an ASCII Directory"), std::string::npos) << Dialogs()[0];
+        EXPECT_TRUE(Errors().empty()) << Errors();
+    }
+    EXPECT_FALSE(fs::exists(OutputPath()));
+}
+#else
 TEST_F(RunFrame, OtherArgumentCountsAskAndEndQuietlyWithoutAWayToAsk)
 {
     WriteMinimalJob();
@@ -107,3 +132,4 @@ TEST_F(RunFrame, OtherArgumentCountsAskAndEndQuietlyWithoutAWayToAsk)
     }
     EXPECT_FALSE(fs::exists(OutputPath()));
 }
+#endif

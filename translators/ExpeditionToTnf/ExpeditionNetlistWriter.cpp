@@ -1,0 +1,193 @@
+// ExpeditionNetlistWriter.cpp - the Netlist block (component instances with
+// their properties, and nets as pins by reference designator and index) and
+// the LayoutComponents block.
+//
+// A net names its pins as "refdes-pin"; here they become "refdes.index", the
+// index counting the component's pins in order. Several pins of one name on a
+// component all answer to that name, which is worth a warning.
+#include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
+
+#include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
+
+#include <unordered_map>
+
+using io::CBlock_func;
+using io::CBlockPtr;
+
+namespace
+{
+// The last text of that type, or empty.
+AString LastTextOfType(const ExpeditionComponent& component, const wchar_t* type)
+{
+    AString found;
+    for (const ExpeditionText* text : component.m_Texts)
+        if (text->m_TextType == type)
+            found = text->m_Text;
+    return found;
+}
+
+void AddTextProp(io::CBlock& properties, const wchar_t* name, const AString& value)
+{
+    CBlock_func prop(L"TextProp");
+    prop << AString(name) << value;
+    properties << prop;
+}
+} // namespace
+
+// What pass 1 leaves for pass 2: per pin text its indices and its reference
+// designator.
+struct ExpeditionToTnf::NetlistPins
+{
+    std::unordered_map<std::wstring, std::vector<int>> m_Indices;
+    std::unordered_map<std::wstring, AString> m_RefDes;
+};
+
+CBlockPtr ExpeditionToTnf::WriteComponentProperties(const ExpeditionComponent& component,
+                                                    const AString& partNumber)
+{
+    CBlockPtr properties(L"Properties");
+    AString value;
+    for (const ExpeditionAttribute& attribute : component.m_Attributes)
+        if (attribute.name.CompareNoCase(L"Value") == 0)
+        {
+            value = attribute.value;
+            break;
+        }
+    if (!partNumber.empty())
+        AddTextProp(*properties, L"PART_NUMBER", partNumber);
+    const AString type = m_PartTypes[partNumber];
+    if (!type.empty())
+        AddTextProp(*properties, L"Type", type);
+    bool matched = false;
+    for (const auto& [part, values] : m_PartValues)
+    {
+        if (!values || part.CompareNoCase(partNumber) != 0)
+            continue;
+        matched = true;
+        AddTextProp(*properties, L"Value", values->m_Value);
+        AddTextProp(*properties, L"Parasitic_Capacitance", values->m_ParasiticCapacitance);
+        AddTextProp(*properties, L"Parasitic_Resistance", values->m_ParasiticResistance);
+        AddTextProp(*properties, L"Parasitic_Inductance", values->m_ParasiticInductance);
+    }
+    if (!matched && !value.empty())
+        AddTextProp(*properties, L"Value", value);
+    return properties;
+}
+
+CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
+{
+    CBlockPtr block(L"Netlist");
+    NetlistPins pins;
+    int counter = 0;
+    int index = 0;
+    for (ExpeditionBaseElement* element : elements)
+    {
+        const ExpeditionComponent* component = element->AsComponent();
+        if (!component)
+            continue;
+        AString refDes = LastTextOfType(*component, L"REF_DES");
+        const AString partNumber = LastTextOfType(*component, L"PARTNO");
+        if (refDes.empty())
+        {
+            refDes = NextFreeRefDes(counter);
+            ++counter;
+        }
+        CBlockPtr instance(L"Compinst");
+        AString type;
+        type.Format(L"Component%d", index++);
+        CBlock_func function(refDes);
+        function << type;
+        *instance << function << WriteComponentProperties(*component, partNumber);
+        *block << instance;
+        for (size_t p = 0; p < component->m_Pins.size(); ++p)
+        {
+            const AString text = refDes + L"-" + component->m_Pins[p]->m_Name;
+            pins.m_Indices[text].push_back(static_cast<int>(p));
+            pins.m_RefDes[text] = refDes;
+        }
+    }
+    WriteNets(elements, pins, *block);
+    return block;
+}
+
+void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock& block)
+{
+    bool warned = false;
+    for (ExpeditionBaseElement* element : elements)
+    {
+        const ExpeditionNetlist* netlist = element->AsNetlist();
+        if (!netlist)
+            continue;
+        const AString name =
+            netlist->m_Name.CompareNoCase(L"(net0)") == 0 ? AString(L"DUMMY") : netlist->m_Name;
+        CBlockPtr net(L"Net");
+        CBlock_func signal(name);
+        signal << AString(L"Signal");
+        *net << signal;
+        for (const AString& text : netlist->m_Pins)
+        {
+            AString refDes = pins.m_RefDes[text];
+            if (refDes.empty())
+                refDes = text.substr(0, text.find(L'-', 0));
+            const std::vector<int>& indices = pins.m_Indices[text];
+            if (indices.size() >= 2 && !warned)
+            {
+                warned = true;
+                ExpeditionUi::ShowMessage_G(
+                    AString(L"Duplicate Pins Warning"),
+                    AString(L"Some of the components contain multiple pins with the same name\n"
+                            L"You may want to set a unique name for each pin in these components\n"
+                            L"and re-translate the design."));
+            }
+            for (int pinIndex : indices)
+            {
+                AString pin;
+                pin.Format(L"%s.%d", refDes.c_str(), pinIndex);
+                *net << io::CBlock_named_value(L"NetPin", io::CBlock_value(pin));
+            }
+        }
+        block << net;
+    }
+}
+
+CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& elements)
+{
+    CBlockPtr block(L"LayoutComponents");
+    // The layer of a component that names none: the first conductive layer.
+    AString topLayer;
+    for (ExpeditionBaseElement* element : elements)
+        if (const ExpeditionLayer* layer = element->AsLayer(); layer && layer->m_ConductiveNumber == 1)
+        {
+            topLayer = layer->m_Name;
+            break;
+        }
+    int counter = 0;
+    for (ExpeditionBaseElement* element : elements)
+    {
+        const ExpeditionComponent* component = element->AsComponent();
+        if (!component)
+            continue;
+        AString refDes;
+        for (const ExpeditionText* text : component->m_Texts)
+            if (text->m_TextType == L"REF_DES")
+            {
+                refDes = text->m_Text;
+                break;
+            }
+        if (refDes.empty())
+        {
+            refDes = NextFreeRefDes(counter);
+            ++counter;
+        }
+        const AString layer = component->m_LayerName.empty() ? topLayer : component->m_LayerName;
+        // A component on the far side has its rotation reflected, not its position.
+        const double rotation = component->m_Mirrored ? 180.0 - component->m_Rotation : component->m_Rotation;
+        CBlockPtr entry(L"LayoutComp");
+        CBlock_func instance(L"LayoutCompInst");
+        instance << layer << component->m_FootprintName << refDes << component->m_X + 0.0
+                 << component->m_Y + 0.0 << rotation << component->m_Mirrored;
+        *entry << instance;
+        *block << entry;
+    }
+    return block;
+}
