@@ -1,6 +1,8 @@
 // LongFileName.cpp - path parts and the existence test.
 #include "core/lib/vellum/LongFileName.h"
 
+#include "core/lib/vellum/FileSystemPath.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -23,7 +25,7 @@ unsigned LongFileName::Exists() const
     if (m_Path.empty())
         return 0;
     std::error_code error;
-    const std::filesystem::path path(m_Path.AsAnsi().str());
+    const std::filesystem::path path = ToFileSystemPath_G(m_Path.AsAnsi().str());
     const auto status = std::filesystem::status(path, error);
     return !error && std::filesystem::exists(status) && !std::filesystem::is_directory(status) ? 1u : 0u;
 }

@@ -1,6 +1,8 @@
 // TokenStream.cpp - opening, buffering and closing the file streams.
 #include "core/lib/vellum/streamio/TokenStream.h"
 
+#include "core/lib/vellum/FileSystemPath.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -33,9 +35,9 @@ void CToken_ostream::Close()
     m_File = nullptr;
     std::error_code error;
     if (written)
-        std::filesystem::rename(std::filesystem::path(m_Temporary), std::filesystem::path(m_Target), error);
+        std::filesystem::rename(ToFileSystemPath_G(m_Temporary), ToFileSystemPath_G(m_Target), error);
     if (!written || error)
-        std::filesystem::remove(std::filesystem::path(m_Temporary), error);
+        std::filesystem::remove(ToFileSystemPath_G(m_Temporary), error);
 }
 
 CToken_istream::CToken_istream(const LongFileName& file, int /*mode*/)
