@@ -55,6 +55,10 @@ public:
     PolygonWithHolesCollection Intersect(const PolygonWithHoles& other, Unit accuracy) const;
     PolygonWithHolesCollection Intersect(const Polygon& poly, Unit accuracy) const;
     PolygonWithHolesCollection RemoveSelfIntersections(Unit accuracy) const;
+    // The region shrunk by `by`: the outline shrunk, the holes grown and
+    // taken away. Built on the intersection graph.
+    PolygonWithHolesCollection Shrink(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
+                                      Unit joint_value) const;
     // Hole-free polygons that tile the region.
     std::vector<Polygon> Decompose() const;
 

@@ -76,6 +76,10 @@ public:
 
     // Each entry with adjacent edges joined within accuracy.
     PolygonWithHolesCollection GetSimplified(Unit accuracy, bool* changed) const;
+    // Each entry shrunk in turn, the parts gathered; changed tells whether
+    // any entry came out different from what it was.
+    PolygonWithHolesCollection Shrink(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
+                                      Unit joint_value, bool* changed) const;
 
 private:
     AvlPolygonWithHolesCollectionImplementation& MakeUnique();

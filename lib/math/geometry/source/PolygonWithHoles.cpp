@@ -3,6 +3,7 @@
 
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/GeomStl.h"
+#include "lib/math/geometry/PolygonWithHolesCollection.h"
 
 namespace geom
 {
@@ -179,5 +180,31 @@ PolygonWithHoles PolygonWithHoles::GetSimplified(Unit accuracy, bool* changed) c
     if (!outline_changed && !holes_changed)
         return *this;
     return PolygonWithHoles(outline, holes);
+}
+
+PolygonWithHolesCollection PolygonWithHoles::Shrink(Unit by, Unit accuracy, bool resolve_loops,
+                                                    int joint_mode, Unit joint_value) const
+{
+    VELLUM_ASSERT(by >= k_Unit_0 && accuracy >= k_Unit_0);
+    PolygonWithHolesCollection ret;
+    if (empty())
+        return ret;
+    if (by == k_Unit_0)
+    {
+        ret.AddPolygonWithHoles(*this);
+        return ret;
+    }
+    ret = m_Polygon.Shrink(by, accuracy, resolve_loops, joint_mode, joint_value);
+    if (ret.empty() || !HasHoles())
+        return ret;
+    // The material shrinks away from each void too: the voids grow by the
+    // same distance and are taken out of the shrunk outline.
+    std::vector<PolygonWithHoles> grown;
+    for (const Polygon& hole : m_Holes)
+        for (const PolygonWithHoles& part : hole.Expand(by, accuracy, resolve_loops, joint_mode, joint_value))
+            grown.push_back(PolygonWithHoles(part.GetPolygon()));
+    if (grown.empty())
+        return ret;
+    return ret.Subtract(PolygonWithHolesCollection(grown), accuracy);
 }
 } // namespace geom

@@ -157,4 +157,26 @@ PolygonWithHolesCollection PolygonWithHolesCollection::GetSimplified(Unit accura
     }
     return PolygonWithHolesCollection(parts);
 }
+
+PolygonWithHolesCollection PolygonWithHolesCollection::Shrink(Unit by, Unit accuracy, bool resolve_loops,
+                                                              int joint_mode, Unit joint_value,
+                                                              bool* changed) const
+{
+    if (changed)
+        *changed = false;
+    std::vector<PolygonWithHoles> parts;
+    for (const PolygonWithHoles& p : *this)
+    {
+        // A region without voids is its outline's business alone; voids grow
+        // into the material and need the subtraction of the graph.
+        const PolygonWithHolesCollection shrunk =
+            p.HasHoles() ? p.Shrink(by, accuracy, resolve_loops, joint_mode, joint_value)
+                         : p.GetPolygon().Shrink(by, accuracy, resolve_loops, joint_mode, joint_value);
+        if (changed && !(shrunk.size() == 1 && *shrunk.begin() == p))
+            *changed = true;
+        for (const PolygonWithHoles& part : shrunk)
+            parts.push_back(part);
+    }
+    return PolygonWithHolesCollection(parts);
+}
 } // namespace geom
