@@ -55,7 +55,22 @@ PolygonWithHolesCollection Polygon::Shrink(Unit by, Unit accuracy, bool resolve_
     const Box box = GetBBox();
     if (base::GetMinOf_T(box.GetWidth(), box.GetHeight()) < by)
         return ret;
-    return ResolveOffset(GetOffset(-by, accuracy, joint_mode, joint_value), accuracy, resolve_loops);
+    const PolygonWithHolesCollection offset =
+        ResolveOffset(GetOffset(-by, accuracy, joint_mode, joint_value), accuracy, resolve_loops);
+    // Shrunk by more than half its width, a polygon turns inside out: the
+    // offset sides cross over and close a loop that still turns
+    // counter-clockwise, so nothing above drops it. Every point of a true
+    // inner offset lies `by` from the contour; an outline whose first edge
+    // passes clearly closer is such an inverted remnant.
+    const Unit clearance = by * 0.99 - accuracy;
+    std::vector<PolygonWithHoles> kept;
+    for (const PolygonWithHoles& part : offset)
+        if (clearance <= k_Unit_0 ||
+            !PolyArc::IntersectsWith(part.GetPolygon().GetFirstEdge().GetMiddle(), clearance))
+            kept.push_back(part);
+    if (static_cast<int>(kept.size()) == offset.size())
+        return offset;
+    return PolygonWithHolesCollection(kept);
 }
 
 PolygonWithHolesCollection Polygon::Expand(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,

@@ -217,6 +217,16 @@ TEST(Polygon, ShrinkAndExpand)
     EXPECT_TRUE(same.begin()->GetPolygon().IsSharedWith(square));
     EXPECT_TRUE(Rect(0, 0, 10, 0.5).Shrink(1.0, 1e-9, true, 0, 0.0).empty());
     EXPECT_TRUE(Polygon().Shrink(1.0, 1e-9, true, 0, 0.0).empty());
+    // Shrunk by more than half its width (but less than the width), a square
+    // or triangle would turn inside out; nothing of it remains.
+    EXPECT_TRUE(Rect(0, 0, 1, 1).Shrink(0.6, 1e-9, true, 0, 0.0).empty());
+    EXPECT_TRUE(Rect(0, 0, 1, 1).Shrink(0.6, 1e-9, false, 0, 0.0).empty());
+    const Polygon triangle(std::vector<Point>{Point(0.0, 0.0), Point(4.0, 0.0), Point(2.0, 3.0)}, false);
+    EXPECT_TRUE(triangle.Shrink(1.5, 1e-9, true, 0, 0.0).empty()); // inradius ~1.11
+    EXPECT_EQ(triangle.Shrink(0.5, 1e-9, true, 0, 0.0).size(), 1);
+    // A rectangle thinner than twice the distance in one direction only is
+    // mirrored, turns clockwise and is dropped as a loop of no material.
+    EXPECT_TRUE(Rect(0, 0, 2, 1.5).Shrink(0.8, 1e-9, true, 0, 0.0).empty());
     // A circle shrinks to a smaller circle, and vanishes at its radius.
     const Polygon disc(Circle(Point(0.0, 0.0), 2.0));
     EXPECT_NEAR(disc.Shrink(0.5, 1e-9, true, 0, 0.0).GetArea().GetValue(), M_PI * 2.25, 1e-12);
