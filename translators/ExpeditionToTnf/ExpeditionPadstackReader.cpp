@@ -1,8 +1,578 @@
 // ExpeditionPadstackReader.cpp - Padstack.hkp: holes, padstacks and pads.
+//
+// Every parameterised pad form of Expedition ends here as a circle, a
+// rectangle or a polygon centred on the origin. Lengths before the first
+// units line are taken as zero in this file. A custom pad is the union of
+// its shapes; if they fall apart into separate pieces, the pad is split into
+// one pad per shape, "%s_UNCONN_%d", and the further ones hang on the first.
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
-void ExpeditionParser::ReadPadstacks(ElementList& /*elements*/)
+#include "core/lib/vellum/Assert.h"
+#include "lib/math/geometry/Box.h"
+#include "lib/math/geometry/CornerRounding.h"
+#include "lib/math/geometry/PolygonCollection.h"
+#include "lib/math/geometry/PolygonWithHoles.h"
+
+#include <algorithm>
+
+namespace
+{
+bool Is(const AString& token, const wchar_t* keyword)
+{
+    return token.CompareNoCase(keyword) == 0;
+}
+
+bool IsThermalKeyword(const AString& token)
+{
+    static const wchar_t* const words[] = {L"4_WEB_ROUND_THERMAL",  L"4_WEB_ROUND_THERMAL_45",
+                                           L"2_WEB_ROUND_THERMAL",  L"2_WEB_ROUND_THERMAL_45",
+                                           L"4_WEB_SQUARE_THERMAL", L"4_WEB_SQUARE_THERMAL_45",
+                                           L"ROUND_DONUT",          L"SQUARE_DONUT"};
+    for (const wchar_t* w : words)
+        if (Is(token, w))
+            return true;
+    return false;
+}
+
+// One parameter line: its keyword is passed over unread, the number behind it
+// is taken.
+double ReadParameter(io::CToken_istream& stream)
+{
+    AString keyword;
+    ExpeditionParser::NextPlainToken(stream, keyword);
+    double value = 0.0;
+    stream >> value;
+    return value;
+}
+
+std::vector<ExpeditionVertex*> Outline(std::initializer_list<std::pair<double, double>> points)
+{
+    std::vector<ExpeditionVertex*> vertices;
+    for (const auto& [x, y] : points)
+        vertices.push_back(new ExpeditionVertex(x, y, 0.0));
+    return vertices;
+}
+
+ExpeditionRectangle* CentredRectangle(double width, double height)
+{
+    return new ExpeditionRectangle(AString(), -width * 0.5, -height * 0.5, width * 0.5, height * 0.5, 0.0);
+}
+
+const wchar_t* ShapeNameOf(ExpeditionShapes* shape, const wchar_t* otherwise)
+{
+    if (!shape)
+        return otherwise;
+    if (shape->AsPath() || shape->AsPolygon())
+        return L"POLYGON";
+    if (shape->AsCircle())
+        return L"Circle";
+    if (shape->AsRectangle())
+        return L"Rectangle";
+    return otherwise;
+}
+} // namespace
+
+// The pad being read.
+struct ExpeditionParser::PadWork
+{
+    AString m_PadType;
+    AString m_ShapeName;
+    ExpeditionShapes* m_Shape = nullptr;
+    double m_TieLegWidth = 0.0;
+    double m_ThermalClearance = 0.0;
+    double m_OffsetX = 0.0;
+    double m_OffsetY = 0.0;
+    // A custom pad's shapes as read, and its working values.
+    std::vector<ExpeditionShapes*> m_Custom;
+    bool m_Unconnected = false;
+    double m_X1 = 0.0, m_Y1 = 0.0, m_X2 = 0.0, m_Y2 = 0.0, m_Radius = 0.0, m_CircleWidth = 0.0;
+
+    void SetShape(ExpeditionShapes* shape)
+    {
+        delete m_Shape; // a later shape keyword replaces the earlier one
+        m_Shape = shape;
+    }
+};
+
+void ExpeditionParser::ReadPadstacks(ElementList& elements)
 {
     LongFileName file;
     OpenJobFile(AString(L"Padstack.hkp"), AString(), true, file);
+    io::CToken_istream stream(file, 0);
+
+    double factor = 0.0; // deliberately zero until the first units line
+    bool databaseUnits = false;
+    AString token;
+    int level = 0;
+    while (!stream.eof())
+    {
+        if (Is(token, L"PAD"))
+            ReadPadRecord(stream, token, factor, elements);
+        else if (Is(token, L"HOLE"))
+            ReadHoleRecord(stream, token, factor, elements);
+        else if (Is(token, L"PADSTACK"))
+            ReadPadStackRecord(stream, token, factor, elements);
+        else
+        {
+            // The level stays that of the last top-level keyword behind a
+            // record, so a units line that ends a record counts after a
+            // record of level 2.
+            AString text;
+            if (Is(token, L"UNITS") && level == 2 && !databaseUnits)
+            {
+                stream.NewLine(text);
+                factor = UnitFactor(text);
+            }
+            else if (Is(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+            {
+                stream.NewLine(text);
+                factor = UnitFactor(text);
+                databaseUnits = true;
+            }
+            else
+                stream.NewLine();
+            token.clear();
+            level = NextPlainToken(stream, token);
+        }
+    }
+}
+
+void ExpeditionParser::ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor,
+                                      ElementList& elements)
+{
+    AString name, shape;
+    double diameter = 0.0, slotLength = 0.0;
+    stream >> name;
+    while (!stream.eof())
+    {
+        NextPlainToken(stream, token);
+        if (Is(token, L"HOLE") || Is(token, L"UNITS") || Is(token, L"PADSTACK") || Is(token, L"PAD"))
+            break;
+        if (Is(token, L"ROUND") || Is(token, L"SQUARE"))
+        {
+            diameter = ReadParameter(stream);
+            shape = L"Circle"; // a square hole stands as a round one of that size
+        }
+        else if (Is(token, L"SLOT"))
+        {
+            diameter = ReadParameter(stream);
+            slotLength = ReadParameter(stream);
+            shape = L"Circle";
+        }
+        else
+            stream.NewLine();
+    }
+    elements.push_back(new ExpeditionPadHole(name, shape, diameter * factor, slotLength * factor, 0.0, 0.0,
+                                             {}, AString(), AString()));
+}
+
+void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& token, double factor,
+                                          ElementList& elements)
+{
+    AString name, type, technology, options, topPad, internalPad, bottomPad, topMask, bottomMask, clearance,
+        thermal, hole, scratch;
+    bool hasTop = false, hasInternal = false, hasBottom = false;
+    std::map<int, AString> layerPads;
+    double offsetX = 0.0, offsetY = 0.0;
+    stream >> name;
+    // A HOLE behind a padstack is an unknown line of it, and so is the rest
+    // of that hole record: such a hole never comes to exist.
+    while (!stream.eof())
+    {
+        NextPlainToken(stream, token);
+        if (Is(token, L"PADSTACK") || Is(token, L"UNITS") || Is(token, L"PAD"))
+            break;
+        if (Is(token, L"PADSTACK_TYPE"))
+            stream >> type;
+        else if (Is(token, L"TECHNOLOGY"))
+            stream >> technology;
+        else if (Is(token, L"TECHNOLOGY_OPTIONS"))
+        {
+            // Cut where the field's earlier value had its carriage return.
+            AString line;
+            stream.NewLine(line);
+            options = line.substr(0, options.find(L'\r', 0));
+        }
+        else if (Is(token, L"LAYER"))
+        {
+            int number = 0;
+            stream >> number;
+            NextToken(stream, scratch); // the keyword behind the number is not looked at
+            stream >> layerPads[number];
+        }
+        else if (Is(token, L"TOP_PAD") && !hasTop)
+        {
+            stream >> topPad;
+            hasTop = true;
+        }
+        else if (Is(token, L"INTERNAL_PAD") && !hasInternal)
+        {
+            stream >> internalPad;
+            hasInternal = true;
+        }
+        else if (Is(token, L"BOTTOM_PAD") && !hasBottom)
+        {
+            stream >> bottomPad;
+            hasBottom = true;
+        }
+        else if (Is(token, L"TOP_SOLDERMASK_PAD"))
+            stream >> topMask;
+        else if (Is(token, L"BOTTOM_SOLDERMASK_PAD"))
+            stream >> bottomMask;
+        else if (Is(token, L"CLEARANCE_PAD"))
+            stream >> clearance;
+        else if (Is(token, L"THERMAL_PAD"))
+            stream >> thermal;
+        else if (Is(token, L"HOLE_NAME"))
+            stream >> hole;
+        else if (Is(token, L"OFFSET"))
+        {
+            stream >> scratch >> offsetX >> scratch >> offsetY;
+            stream.NewLine();
+        }
+        else
+            stream.NewLine();
+    }
+    VELLUM_ASSERT(name.CompareNoCase("SAPPHIRE39-28+VIA"));
+    auto* padStack = new ExpeditionPadStack(name, type, technology, options, topPad, internalPad, bottomPad,
+                                            topMask, bottomMask, clearance, thermal, hole, layerPads,
+                                            offsetX * factor, offsetY * factor);
+    elements.push_back(padStack);
+    m_PadStacks.push_back(padStack);
+}
+
+void ExpeditionParser::ReadPadRecord(io::CToken_istream& stream, AString& token, double factor,
+                                     ElementList& elements)
+{
+    AString name, scratch;
+    stream >> name;
+    PadWork pad;
+    while (!stream.eof())
+    {
+        NextToken(stream, token);
+        if (Is(token, L"PAD") || Is(token, L"UNITS") || Is(token, L"HOLE") || Is(token, L"PADSTACK"))
+            break;
+        if (ReadPadShape(stream, token, factor, pad))
+            continue;
+        if (Is(token, L"CUSTOM"))
+            ReadCustomPad(stream, token, factor, pad);
+        else if (Is(token, L"OFFSET"))
+        {
+            stream >> scratch >> pad.m_OffsetX >> scratch >> pad.m_OffsetY;
+            stream.NewLine();
+        }
+        else if (Is(token, L"TIE_LEG_WIDTH"))
+            stream >> pad.m_TieLegWidth;
+        else if (Is(token, L"THERMAL_CLEARANCE"))
+            stream >> pad.m_ThermalClearance;
+        else
+            stream.NewLine();
+    }
+    MakePads(name, factor, pad, elements);
+}
+
+// The parameterised forms; false if the keyword is none of them.
+bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& keyword, double s,
+                                    PadWork& pad)
+{
+    const auto family = [&](const wchar_t* type)
+    {
+        pad.m_PadType = type ? AString(type) : keyword;
+        pad.m_ShapeName = pad.m_PadType;
+    };
+    if (Is(keyword, L"ROUND") || IsThermalKeyword(keyword))
+    {
+        // A thermal or donut is a solid circle; its pattern is not kept.
+        const double d = ReadParameter(stream);
+        family(L"Circle");
+        pad.SetShape(new ExpeditionCircle(AString(), 0.0, 0.0, d * s * 0.5, 0.0));
+    }
+    else if (Is(keyword, L"SQUARE"))
+    {
+        const double d = ReadParameter(stream);
+        family(nullptr); // the keyword as the file spells it
+        pad.SetShape(CentredRectangle(d * s, d * s));
+    }
+    else if (Is(keyword, L"RECTANGLE") || Is(keyword, L"OBLONG") || Is(keyword, L"ROUND_FINGER"))
+    {
+        const double w = ReadParameter(stream);
+        const double h = ReadParameter(stream);
+        family(Is(keyword, L"ROUND_FINGER") ? L"BULLET" : nullptr); // an oblong's round ends are in its name
+        pad.SetShape(CentredRectangle(w * s, h * s));
+    }
+    else if (Is(keyword, L"OCTAGON"))
+    {
+        // Corners cut at a third of the width: not a regular octagon.
+        const double d = ReadParameter(stream);
+        const double a = d * s * 0.5, b = d * s / 6.0;
+        family(L"POLYGON");
+        pad.SetShape(new ExpeditionPolygon(
+            AString(),
+            Outline({{-b, -a}, {b, -a}, {a, -b}, {a, b}, {b, a}, {-b, a}, {-a, b}, {-a, -b}, {-b, -a}}),
+            0.0));
+    }
+    else if (Is(keyword, L"ELONGATED_OCTAGON") || Is(keyword, L"OCTAGONAL_FINGER"))
+    {
+        const double W = ReadParameter(stream) * s;
+        const double H = ReadParameter(stream) * s;
+        family(L"POLYGON");
+        if (Is(keyword, L"ELONGATED_OCTAGON"))
+            pad.SetShape(new ExpeditionPolygon(AString(),
+                                               Outline({{-W / 6, -H / 2},
+                                                        {W / 6, -H / 2},
+                                                        {W / 2, -H / 6},
+                                                        {W / 2, H / 6},
+                                                        {W / 6, H / 2},
+                                                        {-W / 6, H / 2},
+                                                        {-W / 2, H / 6},
+                                                        {-W / 2, -H / 6},
+                                                        {-W / 6, -H / 2}}),
+                                               0.0));
+        else // square on the left, cut on the right
+            pad.SetShape(new ExpeditionPolygon(AString(),
+                                               Outline({{-W / 2, -H / 2},
+                                                        {W / 3, -H / 2},
+                                                        {W / 2, -H / 6},
+                                                        {W / 2, H / 6},
+                                                        {W / 3, H / 2},
+                                                        {-W / 2, H / 2},
+                                                        {-W / 2, -H / 2}}),
+                                               0.0));
+    }
+    else if (Is(keyword, L"CHAMFERED_RECTANGLE"))
+    {
+        const double W = ReadParameter(stream) * s;
+        const double H = ReadParameter(stream) * s;
+        const double c = ReadParameter(stream); // the chamfer as it stands, without the unit factor
+        family(L"POLYGON");
+        pad.SetShape(new ExpeditionPolygon(AString(),
+                                           Outline({{c - W / 2, -H / 2},
+                                                    {W / 2 - c, -H / 2},
+                                                    {W / 2, c - H / 2},
+                                                    {W / 2, H / 2 - c},
+                                                    {W / 2 - c, H / 2},
+                                                    {c - W / 2, H / 2},
+                                                    {-W / 2, H / 2 - c},
+                                                    {-W / 2, c - H / 2},
+                                                    {c - W / 2, -H / 2}}),
+                                           0.0));
+    }
+    else if (Is(keyword, L"RADIUS_CORNER_RECTANGLE"))
+    {
+        const double w = ReadParameter(stream) * s;
+        const double h = ReadParameter(stream) * s;
+        const double r = ReadParameter(stream) * s;
+        family(L"POLYGON");
+        const geom::Polygon box(geom::Box(-w / 2, w / 2, -h / 2, h / 2), 0.0);
+        const std::vector<geom::Arc> rounded = geom::RoundCorners_G(box.GetEdges(), r, r * 0.5, true);
+        // A radius of half the width can round the box into a circle.
+        pad.SetShape(ShapeFromPolygon(geom::Polygon(rounded, false), AString(), false));
+    }
+    else
+        return false;
+    return true;
+}
+
+// CUSTOM: shapes up to TIMESTAMP or PAD_OPTIONS, the only end marks of a
+// custom outline; the value behind the mark is then an unknown keyword.
+void ExpeditionParser::ReadCustomPad(io::CToken_istream& stream, AString& token, double factor, PadWork& pad)
+{
+    pad.m_PadType = token;
+    pad.m_X1 = pad.m_Y1 = pad.m_X2 = pad.m_Y2 = pad.m_Radius = pad.m_CircleWidth = 0.0;
+    while (!stream.eof() && !Is(token, L"TIMESTAMP") && !Is(token, L"PAD_OPTIONS"))
+        AddCustomShape(stream, token, factor, pad);
+    FinishCustomPad(pad);
+}
+
+void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token, double s, PadWork& pad)
+{
+    AString scratch;
+    double width = 0.0;
+    if (Is(token, L"CIRCLE_SHAPE"))
+    {
+        pad.m_ShapeName = L"Circle";
+        int level = NextToken(stream, token);
+        while (level > 4 && !stream.eof())
+        {
+            if (Is(token, L"XY"))
+                stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
+            else if (Is(token, L"RADIUS"))
+                stream >> pad.m_Radius;
+            else
+                stream >> scratch;
+            level = NextToken(stream, token);
+        }
+        // The width of an earlier CIRCLE_PATH of the record is taken up here.
+        pad.m_Custom.push_back(new ExpeditionCircle(AString(), pad.m_X1 * s, pad.m_Y1 * s, pad.m_Radius * s,
+                                                    pad.m_CircleWidth * s));
+        return; // it has read its next keyword
+    }
+    if (Is(token, L"CIRCLE_PATH"))
+    {
+        pad.m_ShapeName = L"Circle";
+        NextToken(stream, token);
+        if (Is(token, L"WIDTH"))
+            stream >> pad.m_CircleWidth;
+        NextToken(stream, token);
+        if (Is(token, L"XY"))
+            stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
+        NextToken(stream, token);
+        if (Is(token, L"RADIUS"))
+            stream >> pad.m_Radius;
+        pad.m_Custom.push_back(
+            new ExpeditionCircle(AString(), pad.m_X1 * s, pad.m_Y1 * s, pad.m_Radius * s, 0.0));
+    }
+    else if (Is(token, L"RECT_PATH") || Is(token, L"RECT_SHAPE"))
+    {
+        const bool filled = Is(token, L"RECT_SHAPE");
+        pad.m_ShapeName = L"Rectangle";
+        NextToken(stream, token);
+        if (!filled && Is(token, L"WIDTH"))
+        {
+            stream >> width;
+            NextToken(stream, token);
+        }
+        else if (!filled)
+            NextToken(stream, token);
+        if (Is(token, L"XY"))
+        {
+            stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch >> scratch >> pad.m_X2 >>
+                scratch >> pad.m_Y2 >> scratch;
+            pad.m_Custom.push_back(new ExpeditionRectangle(
+                AString(), pad.m_X1 * s, pad.m_Y1 * s, pad.m_X2 * s, pad.m_Y2 * s, filled ? 0.0 : width * s));
+            // The pad's offset counteracts where the corners put the rectangle.
+            pad.m_OffsetX = -(pad.m_X1 + pad.m_X2) / 2.0;
+            pad.m_OffsetY = -(pad.m_Y1 + pad.m_Y2) / 2.0;
+        }
+        if (filled)
+        {
+            NextToken(stream, token);
+            stream >> scratch; // the line behind it
+        }
+    }
+    else if (Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH"))
+    {
+        const bool arcs = Is(token, L"POLYARC_PATH");
+        pad.m_ShapeName = L"POLYGON";
+        NextToken(stream, token);
+        if (Is(token, L"WIDTH"))
+            stream >> width;
+        std::vector<ExpeditionVertex*> vertices;
+        if (arcs)
+            ReadPolyarc(stream, vertices, s);
+        else
+            ReadPolyline(stream, vertices, s);
+        if (width >= 1e-08)
+        {
+            // A stroke: its outline is the shape.
+            ExpeditionPath path(AString(), width * s, vertices);
+            const std::optional<geom::Polygon> outline = PathToPolygon(path);
+            ExpeditionShapes* shape = outline ? ShapeFromPolygon(*outline, AString(), false) : nullptr;
+            if (!shape && arcs)
+                return; // dropped, and the loop goes on without reading on
+            if (shape)
+                pad.m_Custom.push_back(shape);
+        }
+        else // a path without width is a closed outline
+            pad.m_Custom.push_back(new ExpeditionPolygon(AString(), vertices, 0.0));
+    }
+    else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+    {
+        pad.m_ShapeName = L"POLYGON";
+        std::vector<ExpeditionVertex*> vertices;
+        if (Is(token, L"POLYARC_SHAPE"))
+            ReadPolyarc(stream, vertices, s);
+        else
+            ReadPolyline(stream, vertices, s);
+        pad.m_Custom.push_back(new ExpeditionPolygon(AString(), vertices, 0.0));
+    }
+    else
+        stream.NewLine();
+    NextToken(stream, token);
+}
+
+// Several shapes are united: one piece makes the pad's outline, pieces that
+// fall apart make an unconnected pad of the shapes as read.
+void ExpeditionParser::FinishCustomPad(PadWork& pad)
+{
+    std::vector<ExpeditionShapes*>& shapes = pad.m_Custom;
+    if (shapes.size() >= 2)
+    {
+        std::vector<geom::Polygon> polygons;
+        for (ExpeditionShapes* shape : shapes)
+            if (std::optional<geom::Polygon> polygon = ShapeToPolygon(shape))
+                polygons.push_back(*polygon);
+        const geom::PolygonCollection collection(polygons);
+        const double accuracy = std::max(m_Tolerance, collection.GetEpsilon().GetValue());
+        const std::vector<geom::PolygonWithHoles> pieces = UnitePolygons(polygons, accuracy);
+        if (pieces.size() >= 2)
+        {
+            pad.m_Unconnected = true;
+            return;
+        }
+        ExpeditionShapes* united =
+            pieces.size() == 1 ? ShapeFromPolygon(pieces[0].GetPolygon(), AString(), false) : nullptr;
+        VELLUM_ASSERT(united || pieces.empty());
+        if (!united)
+        {
+            united = shapes[0];
+            shapes.erase(shapes.begin());
+        }
+        DeleteOwned_G(shapes);
+        pad.SetShape(united);
+    }
+    else if (shapes.size() == 1)
+    {
+        pad.SetShape(shapes[0]);
+        shapes.clear();
+    }
+    pad.m_ShapeName = ShapeNameOf(pad.m_Shape, pad.m_ShapeName.c_str());
+}
+
+void ExpeditionParser::MakePads(const AString& name, double s, PadWork& pad, ElementList& elements)
+{
+    if (!pad.m_Unconnected)
+    {
+        ExpeditionShapes* shapePtr = pad.m_Shape;
+        VELLUM_ASSERT(shapePtr);
+        auto* made =
+            new ExpeditionPad(name, pad.m_PadType, pad.m_ShapeName, pad.m_Shape, pad.m_TieLegWidth * s,
+                              pad.m_ThermalClearance * s, pad.m_OffsetX * s, pad.m_OffsetY * s);
+        elements.push_back(made);
+        m_Pads.push_back(made);
+        return;
+    }
+    delete pad.m_Shape;
+    std::vector<ExpeditionPad*> loops;
+    AString shapeName = pad.m_ShapeName;
+    for (size_t i = 0; i < pad.m_Custom.size(); ++i)
+    {
+        ExpeditionShapes* shape = pad.m_Custom[i];
+        if (shape && shape->AsPath())
+        {
+            shapeName = L"POLYGON";
+            if (std::optional<geom::Polygon> polygon = ShapeToPolygon(shape))
+                if (ExpeditionShapes* outline = ShapeFromPolygon(*polygon, AString(), false))
+                {
+                    delete shape;
+                    shape = outline;
+                }
+        }
+        else
+            shapeName = ShapeNameOf(shape, shapeName.c_str());
+        AString padName = name;
+        if (i > 0)
+            padName.Format(L"%s_UNCONN_%d", name.c_str(), static_cast<int>(i));
+        auto* made = new ExpeditionPad(padName, pad.m_PadType, shapeName, shape, pad.m_TieLegWidth * s,
+                                       i == 0 ? pad.m_ThermalClearance * s : 0.0, pad.m_OffsetX * s,
+                                       pad.m_OffsetY * s);
+        m_Pads.push_back(made);
+        if (i == 0)
+            elements.push_back(made);
+        else if (shape)
+            loops.push_back(made);
+        else
+            m_LoosePads.push_back(made);
+    }
+    m_PadLoops[name] = loops;
 }

@@ -13,6 +13,10 @@ ExpeditionParser::~ExpeditionParser()
 {
     // What the run has not taken over is still the parser's.
     DeleteOwned_G(m_ClearanceRules);
+    // The further pads of split custom pads are in no element list.
+    for (auto& [name, loops] : m_PadLoops)
+        DeleteOwned_G(loops);
+    DeleteOwned_G(m_LoosePads);
     for (auto& [part, values] : m_PartValues)
         delete values;
     delete m_DefaultSmdPadConnection;

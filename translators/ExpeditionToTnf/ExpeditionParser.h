@@ -9,8 +9,11 @@
 
 #include "core/lib/vellum/LongFileName.h"
 #include "core/lib/vellum/streamio/TokenStream.h"
+#include "lib/math/geometry/Polygon.h"
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
 #include "translators/ExpeditionToTnf/ExpeditionNameIndex.h"
+
+#include <optional>
 
 #include <map>
 #include <set>
@@ -127,6 +130,18 @@ public:
     bool m_HasNetProps = true;
     double m_Tolerance = 1e-6;
     double m_LayoutUnitFactor = 1.0;
+
+    // A shape as an arc polygon: a path as the outline of its stroke, a
+    // polygon, circle or rectangle as its contour; nothing for too few vertices.
+    std::optional<geom::Polygon> ShapeToPolygon(ExpeditionShapes* shape);
+    std::optional<geom::Polygon> PathToPolygon(const ExpeditionPath& path);
+    // An Expedition shape for a polygon: a circle stays a circle unless
+    // keepCircleAsPolygon; null for a polygon of fewer than two edges.
+    ExpeditionShapes* ShapeFromPolygon(const geom::Polygon& polygon, const AString& layerName,
+                                       bool keepCircleAsPolygon);
+    // The union of the polygons, read out as regions with holes.
+    std::vector<geom::PolygonWithHoles> UnitePolygons(const std::vector<geom::Polygon>& polygons,
+                                                      double accuracy);
 
     // Pin reconciliation of a placed component against its footprint.
     void RenameDuplicatePins(ExpeditionFootprint* footprint, std::vector<ExpeditionPin*>& pins);
@@ -273,6 +288,18 @@ private:
     // The records of Cell.hkp.
     void ReadCellRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
     static void SkipDimensionSettings(io::CToken_istream& stream);
+
+    // The records of Padstack.hkp.
+    void ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadPadStackRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadPadRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    struct PadWork;
+    bool ReadPadShape(io::CToken_istream& stream, const AString& keyword, double factor, PadWork& pad);
+    void ReadCustomPad(io::CToken_istream& stream, AString& token, double factor, PadWork& pad);
+    void AddCustomShape(io::CToken_istream& stream, AString& token, double factor, PadWork& pad);
+    void FinishCustomPad(PadWork& pad);
+    void MakePads(const AString& name, double factor, PadWork& pad, ElementList& elements);
+    std::vector<ExpeditionPad*> m_LoosePads; // pads of a split custom pad that nothing else holds
 
     // The records of NetClass.hkp and PDB.hkp.
     void ReadMasterScheme(io::CToken_istream& stream, AString& token, int& level, double factor,
