@@ -167,12 +167,18 @@ struct IndexedPoint
 };
 
 // The piece of an edge between two of its points, rebuilt on the edge's own
-// circle so that the piece's ends are exactly the given points.
-Arc MakePiece(const Arc& arc, const Point& a, const Point& b)
+// circle so that the piece's ends are exactly the given points. A piece of a
+// few accuracies' length bends by far less than the accuracy and is straight:
+// its ends, moved by snapping, no longer fit the circle well enough to
+// derive a centre from them.
+Arc MakePiece(const Arc& arc, const Point& a, const Point& b, Unit accuracy)
 {
     if (arc.GetStart() == a && arc.GetEnd() == b)
         return arc;
     if (arc.GetHeight() == k_Unit_0)
+        return Arc(a, b, k_Unit_0);
+    if (a != b && a.GetDistanceSquareTo(b) < GetSquare_G(accuracy * 100.0) &&
+        (arc.GetStart() != arc.GetEnd() || arc.GetHeight().GetAbs() > accuracy * 100.0))
         return Arc(a, b, k_Unit_0);
     if (a == b)
         return Arc(a, b, arc.GetHeight(), arc.GetCenterAzimuth()); // a full circle whose start moved
@@ -310,12 +316,12 @@ PolyArcIntersectionGraph::SplitContours(const std::vector<Contour>& contours,
             {
                 if (cut.second == from)
                     continue;
-                split.m_Arcs.push_back(MakePiece(arc, from, cut.second));
+                split.m_Arcs.push_back(MakePiece(arc, from, cut.second, accuracy));
                 from = cut.second;
             }
             if (from != end ||
                 (cuts.empty() && arc.GetStart() == arc.GetEnd() && arc.GetHeight() != k_Unit_0))
-                split.m_Arcs.push_back(MakePiece(arc, from, end));
+                split.m_Arcs.push_back(MakePiece(arc, from, end, accuracy));
         }
         // Pieces that became points at tolerance 0 go; the chain stays closed
         // because their ends coincide.
