@@ -66,8 +66,9 @@ TEST(PolyArc, ConstructionRules)
     open.pop_back();
     EXPECT_TRUE(IsPolyArcSequence_G(open, k_Open));
     EXPECT_FALSE(IsPolyArcSequence_G(open, k_Closed));
-    open[1] = Arc(Point(1.0, 1e-12), Point(1.0, 1.0), 0.0);
-    EXPECT_FALSE(IsPolyArcSequence_G(open, k_Open));
+    std::vector<Arc> gap = open;
+    gap[1] = Arc(Point(1.0, 1e-12), Point(1.0, 1.0), 0.0);
+    EXPECT_FALSE(IsPolyArcSequence_G(gap, k_Open));
 
     // Points: a closing edge only when closed and the ends differ; one point
     // is a point edge in either mode.
@@ -81,11 +82,6 @@ TEST(PolyArc, ConstructionRules)
     ASSERT_EQ(one.GetEdgeCount(), 1);
     EXPECT_TRUE(one.GetFirstEdge().IsPoint(k_Unit_0, nullptr));
     EXPECT_EQ(PolyArc(k_Open, std::vector<Point>{Point(3.0, 4.0)}).GetEdgeCount(), 1);
-
-    // Vertices: starts, plus the last end when open.
-    EXPECT_EQ(PolyArc(k_Closed, tri).GetVertices().size(), 3u);
-    EXPECT_EQ(PolyArc(k_Open, tri).GetVertices().size(), 3u);
-    EXPECT_EQ(PolyArc(k_Open, tri).GetLastVertex(), tri.back());
 
     // A closed segment goes there and back, enclosing nothing.
     const PolyArc seg(k_Closed, Segment(Point(0.0, 0.0), Point(3.0, 1.0)));
@@ -112,30 +108,15 @@ TEST(PolyArc, ConstructionRules)
     ASSERT_EQ(dot.GetEdgeCount(), 1);
     EXPECT_TRUE(dot.GetFirstEdge().IsPoint(k_Unit_0, nullptr));
 
-    // Null and empty chains.
-    EXPECT_TRUE(PolyArc().empty());
-    EXPECT_TRUE(PolyArc(k_Open).empty());
-    EXPECT_EQ(PolyArc().GetBBox(), k_EmptyBox);
-    EXPECT_TRUE(PolyArc().GetEdges().empty());
-    EXPECT_TRUE(PolyArc().GetVertices().empty());
+    // Null and empty chains are equal; the same edges in another mode aren't.
     EXPECT_EQ(PolyArc(), PolyArc(k_Open));
-}
+    EXPECT_NE(PolyArc(k_Open, open), PolyArc(k_Closed, open));
 
-TEST(PolyArc, EqualityReverseAndBox)
-{
+    // Reversal: the reversed edges in reverse order.
     const PolyArc a(k_Closed, Square(0, 0, 2));
-    EXPECT_EQ(a, PolyArc(k_Closed, Square(0, 0, 2)));
-    EXPECT_NE(a, PolyArc(k_Closed, Square(0, 0, 2.5)));
-    std::vector<Arc> open = Square(0, 0, 2);
-    open.pop_back();
-    EXPECT_NE(PolyArc(k_Open, open), PolyArc(k_Closed, Square(0, 0, 2)));
-
     const PolyArc r = a.GetReversed();
-    ASSERT_EQ(r.GetEdgeCount(), 4);
     EXPECT_EQ(r.GetFirstEdge(), Square(0, 0, 2).back().GetReversed());
     EXPECT_EQ(r.GetReversed(), a);
-    EXPECT_EQ(r.GetSignedArea(), -a.GetSignedArea());
-    EXPECT_EQ(a.GetBBox(), Box(Point(0.0, 0.0), Point(2.0, 2.0)));
 
     // The box of a bulging edge is the tight box of the arc, not of its chord.
     const PolyArc bulge(k_Closed, Arc(Point(-1.0, 0.0), Point(1.0, 0.0), 1.0));
@@ -422,27 +403,18 @@ TEST(PolyArc, JoiningSplitEdgesRestoresTheContour)
 
 TEST(PolyArc, OffsetOfEdges)
 {
-    // Right of travel is outside of a counter-clockwise contour.
-    const Result_T<Arc> moved = GetOffsetArc_G(Arc(Point(0.0, 0.0), Point(4.0, 0.0), 0.0), 1.0, 1e-9);
-    ASSERT_TRUE(moved.m_Success);
-    EXPECT_EQ(moved.m_Value, Arc(Point(0.0, -1.0), Point(4.0, -1.0), 0.0));
+    // Right of travel is outside of a counter-clockwise contour: a
+    // counter-clockwise arc grows, a clockwise one shrinks, and one shrunk to
+    // its accuracy vanishes.
     const Circumference circle(Point(0.0, 0.0), 2.0);
     const Arc ccw(circle, k_Azimuth_0, k_Azimuth_90, k_CCW);
     const Result_T<Arc> out = GetOffsetArc_G(ccw, 0.5, 1e-9);
     ASSERT_TRUE(out.m_Success);
     EXPECT_NEAR(out.m_Value.GetRadius().GetValue(), 2.5, 1e-12);
     EXPECT_TRUE(out.m_Value.GetStart().IsEqualTo(Point(2.5, 0.0), 1e-12));
-    EXPECT_EQ(out.m_Value.GetDirection(), k_CCW);
-    const Result_T<Arc> in = GetOffsetArc_G(ccw.GetReversed(), 0.5, 1e-9);
-    EXPECT_NEAR(in.m_Value.GetRadius().GetValue(), 1.5, 1e-12);
-    // Shrunk to nothing, or to its accuracy, the edge vanishes.
+    EXPECT_NEAR(GetOffsetArc_G(ccw.GetReversed(), 0.5, 1e-9).m_Value.GetRadius().GetValue(), 1.5, 1e-12);
     EXPECT_FALSE(GetOffsetArc_G(ccw, -2.0, 1e-9).m_Success);
     EXPECT_FALSE(GetOffsetArc_G(ccw, -1.95, 0.1).m_Success);
-    // A full circle stays a full circle.
-    const Result_T<Arc> ring = GetOffsetArc_G(Arc(circle, k_Azimuth_0, k_CCW), 1.0, 1e-9);
-    ASSERT_TRUE(ring.m_Success);
-    EXPECT_EQ(ring.m_Value.GetStart(), ring.m_Value.GetEnd());
-    EXPECT_NEAR(ring.m_Value.GetRadius().GetValue(), 3.0, 1e-12);
 }
 
 TEST(PolyArc, OffsetOfChains)
