@@ -29,7 +29,7 @@ std::vector<Arc> Wavy(int n, std::mt19937& rng)
     std::vector<Point> v;
     for (int i = 0; i < n; ++i)
     {
-        const double t = 2 * M_PI * i / n;
+        const double t = 2 * k_Pi * i / n;
         const double r = 10 + u(rng);
         v.push_back(Point(r * std::cos(t), r * std::sin(t)));
     }
@@ -100,8 +100,8 @@ TEST(PolyArc, ConstructionRules)
     const PolyArc cw(Circumference(Point(5.0, 5.0), 1.0), k_CW, k_Azimuth_90);
     ASSERT_EQ(ccw.GetEdgeCount(), 1);
     EXPECT_EQ(ccw.GetFirstVertex(), Point(5.0, 6.0));
-    EXPECT_NEAR(ccw.GetSignedArea().GetValue(), M_PI, 1e-14);
-    EXPECT_NEAR(cw.GetSignedArea().GetValue(), -M_PI, 1e-14);
+    EXPECT_NEAR(ccw.GetSignedArea().GetValue(), k_Pi, 1e-14);
+    EXPECT_NEAR(cw.GetSignedArea().GetValue(), -k_Pi, 1e-14);
     EXPECT_EQ(ccw.GetDirection(), k_CCW);
     EXPECT_EQ(cw.GetDirection(), k_CW);
     const PolyArc dot(Circumference(Point(5.0, 5.0), 0.0), k_CCW, k_Azimuth_0);
@@ -222,7 +222,7 @@ TEST(PolyArc, ContactAndIntersectionsMatchAllPairs)
     for (int round = 0; round < 60; ++round)
     {
         // A small random chain somewhere over the contour's rim.
-        const double t = 2 * M_PI * round / 60;
+        const double t = 2 * k_Pi * round / 60;
         const Point c(10 * std::cos(t) + u(rng) * 0.3, 10 * std::sin(t) + u(rng) * 0.3);
         std::vector<Arc> small;
         Point p = c;
@@ -425,7 +425,7 @@ TEST(PolyArc, OffsetOfChains)
     ASSERT_TRUE(grown.m_Success);
     ASSERT_TRUE(IsPolyArcSequence_G(grown.m_Value, k_Closed));
     EXPECT_EQ(grown.m_Value.size(), 8u);
-    EXPECT_NEAR(PolyArc(k_Closed, grown.m_Value).GetSignedArea().GetValue(), 16 + 16 + M_PI, 1e-9);
+    EXPECT_NEAR(PolyArc(k_Closed, grown.m_Value).GetSignedArea().GetValue(), 16 + 16 + k_Pi, 1e-9);
     // Shrunk by d: the offset sides cross and are cut back to the corners.
     const Result_T<std::vector<Arc>> shrunk = square.GetOffset(-1.0, 1e-9, 0, 0.0);
     ASSERT_TRUE(shrunk.m_Success);
@@ -435,7 +435,7 @@ TEST(PolyArc, OffsetOfChains)
     const PolyArc circle(Circumference(Point(1.0, 1.0), 2.0), k_CCW, k_Azimuth_0);
     const Result_T<std::vector<Arc>> ring = circle.GetOffset(-0.5, 1e-9, 0, 0.0);
     ASSERT_EQ(ring.m_Value.size(), 1u);
-    EXPECT_NEAR(PolyArc(k_Closed, ring.m_Value).GetSignedArea().GetValue(), M_PI * 1.5 * 1.5, 1e-12);
+    EXPECT_NEAR(PolyArc(k_Closed, ring.m_Value).GetSignedArea().GetValue(), k_Pi * 1.5 * 1.5, 1e-12);
     EXPECT_FALSE(circle.GetOffset(-2.0, 1e-9, 0, 0.0).m_Success);
     // An open trace keeps its ends free.
     std::vector<Arc> open = Square(0, 0, 4);
@@ -457,7 +457,7 @@ TEST(PolyArc, OffsetOfRandomConvexContoursGrowsAreaByPerimeterAndPi)
         const int n = 3 + round % 7;
         std::vector<double> t;
         for (int k = 0; k < n; ++k)
-            t.push_back(u(rng) * 2 * M_PI);
+            t.push_back(u(rng) * 2 * k_Pi);
         std::sort(t.begin(), t.end());
         std::vector<Point> v;
         for (double a : t)
@@ -472,7 +472,7 @@ TEST(PolyArc, OffsetOfRandomConvexContoursGrowsAreaByPerimeterAndPi)
         const Result_T<std::vector<Arc>> grown = contour.GetOffset(d, 1e-9, 0, 0.0);
         ASSERT_TRUE(IsPolyArcSequence_G(grown.m_Value, k_Closed));
         EXPECT_NEAR(PolyArc(k_Closed, grown.m_Value).GetSignedArea().GetValue(),
-                    contour.GetSignedArea().GetValue() + d * perimeter + M_PI * d * d, 1e-8)
+                    contour.GetSignedArea().GetValue() + d * perimeter + k_Pi * d * d, 1e-8)
             << "round " << round;
     }
 }

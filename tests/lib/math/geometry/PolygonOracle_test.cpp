@@ -47,7 +47,7 @@ EdgeModel Model(const Arc& arc)
         m.cx = m.a.x + m.r * std::cos(az);
         m.cy = m.a.y + m.r * std::sin(az);
         m.start_angle = std::atan2(m.a.y - m.cy, m.a.x - m.cx);
-        m.sweep = h < 0 ? 2 * M_PI : -2 * M_PI;
+        m.sweep = h < 0 ? 2 * k_Pi : -2 * k_Pi;
         return m;
     }
     const double dx = m.b.x - m.a.x, dy = m.b.y - m.a.y;
@@ -156,9 +156,9 @@ double DistanceToContour(const std::vector<Arc>& arcs, P q)
         // The radial distance counts when q's direction falls in the sweep.
         double t = std::atan2(q.y - m.cy, q.x - m.cx) - m.start_angle;
         if (m.sweep > 0)
-            t = std::fmod(std::fmod(t, 2 * M_PI) + 2 * M_PI, 2 * M_PI);
+            t = std::fmod(std::fmod(t, 2 * k_Pi) + 2 * k_Pi, 2 * k_Pi);
         else
-            t = -std::fmod(std::fmod(-t, 2 * M_PI) + 2 * M_PI, 2 * M_PI);
+            t = -std::fmod(std::fmod(-t, 2 * k_Pi) + 2 * k_Pi, 2 * k_Pi);
         if (std::fabs(t) <= std::fabs(m.sweep))
             best = std::min(best, std::fabs(std::hypot(q.x - m.cx, q.y - m.cy) - m.r));
     }
@@ -180,7 +180,7 @@ std::vector<Arc> RandomContour(std::mt19937& rng, Shape shape)
     const int n = 3 + static_cast<int>(u(rng) * 9);
     std::vector<double> angles;
     for (int i = 0; i < n; ++i)
-        angles.push_back(u(rng) * 2 * M_PI);
+        angles.push_back(u(rng) * 2 * k_Pi);
     if (shape != k_Wild)
         std::sort(angles.begin(), angles.end());
     const double cx = (u(rng) - 0.5) * 20, cy = (u(rng) - 0.5) * 20;

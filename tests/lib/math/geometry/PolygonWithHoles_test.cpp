@@ -275,14 +275,14 @@ TEST(PolygonWithHoles, ShrinkingAPlaneAwayFromItsVoids)
     const PolygonWithHolesCollection shrunk = plane.Shrink(0.5, 1e-9, true, 0, 0.0);
     ASSERT_EQ(shrunk.size(), 1);
     EXPECT_EQ(shrunk.begin()->GetHoles().size(), 1);
-    EXPECT_NEAR(shrunk.GetArea().GetValue(), 81 - (4 + 4 + M_PI * 0.25), 1e-9);
+    EXPECT_NEAR(shrunk.GetArea().GetValue(), 81 - (4 + 4 + k_Pi * 0.25), 1e-9);
     // Through the collection, next to a region without voids.
     const PolygonWithHolesCollection c(
         std::vector<PolygonWithHoles>{plane, PolygonWithHoles(Rect(20, 0, 24, 4))});
     bool changed = false;
     const PolygonWithHolesCollection both = c.Shrink(0.5, 1e-9, true, 0, 0.0, &changed);
     EXPECT_TRUE(changed);
-    EXPECT_NEAR(both.GetArea().GetValue(), 81 - (8 + M_PI * 0.25) + 9, 1e-9);
+    EXPECT_NEAR(both.GetArea().GetValue(), 81 - (8 + k_Pi * 0.25) + 9, 1e-9);
     c.Shrink(k_Unit_0, 1e-9, true, 0, 0.0, &changed);
     EXPECT_FALSE(changed);
 }

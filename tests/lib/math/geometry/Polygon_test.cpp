@@ -33,7 +33,7 @@ TEST(Polygon, PadAndTraceShapes)
     const Polygon pad(Circle(Point(1.0, 2.0), 0.5));
     ASSERT_EQ(pad.GetEdgeCount(), 1);
     EXPECT_EQ(pad.GetFirstPoint(), Point(1.5, 2.0));
-    EXPECT_NEAR(pad.GetArea().GetValue(), M_PI * 0.25, 1e-15);
+    EXPECT_NEAR(pad.GetArea().GetValue(), k_Pi * 0.25, 1e-15);
     const Polygon dot(Circle(Point(1.0, 2.0), 0.0));
     ASSERT_EQ(dot.GetEdgeCount(), 1);
     EXPECT_TRUE(dot.GetFirstEdge().IsPoint(k_Unit_0, nullptr));
@@ -44,7 +44,7 @@ TEST(Polygon, PadAndTraceShapes)
     ASSERT_EQ(trace.GetEdgeCount(), 4);
     EXPECT_TRUE(IsClosedSequence(trace));
     EXPECT_EQ(trace.GetDirection(), k_CCW);
-    EXPECT_NEAR(trace.GetArea().GetValue(), 5 * 0.4 + M_PI * 0.04, 1e-12);
+    EXPECT_NEAR(trace.GetArea().GetValue(), 5 * 0.4 + k_Pi * 0.04, 1e-12);
     EXPECT_TRUE(trace.IsPointInside(Point(1.5, 2.0), k_Unit_0));
     EXPECT_TRUE(trace.IsPointInside(Point(-0.1, -0.1), k_Unit_0)); // in the round cap
     EXPECT_FALSE(trace.IsPointInside(Point(-0.19, -0.19), k_Unit_0));
@@ -66,7 +66,7 @@ TEST(Polygon, PadAndTraceShapes)
     const Polygon rounded(Box(Point(0.0, 0.0), Point(10.0, 10.0)), 1.0);
     ASSERT_EQ(rounded.GetEdgeCount(), 8);
     EXPECT_TRUE(IsClosedSequence(rounded));
-    EXPECT_NEAR(rounded.GetArea().GetValue(), 144 - (4 - M_PI), 1e-12);
+    EXPECT_NEAR(rounded.GetArea().GetValue(), 144 - (4 - k_Pi), 1e-12);
     EXPECT_EQ(rounded.GetFirstPoint(), Point(11.0, 10.0));
     EXPECT_EQ(rounded.GetBBox(), Box(Point(-1.0, -1.0), Point(11.0, 11.0)));
     EXPECT_FALSE(rounded.IsPointInside(Point(10.9, 10.9), k_Unit_0));
@@ -76,7 +76,7 @@ TEST(Polygon, PadAndTraceShapes)
     EXPECT_EQ(Rect(0, 0, 3, 2).GetArea(), Area(6.0));
     // A box of height 0 with radius 1 is the thick line of width 2.
     const Polygon flat(Box(Point(0.0, 5.0), Point(4.0, 5.0)), 1.0);
-    EXPECT_NEAR(flat.GetArea().GetValue(), 8 + M_PI, 1e-12);
+    EXPECT_NEAR(flat.GetArea().GetValue(), 8 + k_Pi, 1e-12);
     EXPECT_TRUE(Polygon(Box(), 1.0).empty());
 }
 
@@ -229,15 +229,15 @@ TEST(Polygon, ShrinkAndExpand)
     EXPECT_TRUE(Rect(0, 0, 2, 1.5).Shrink(0.8, 1e-9, true, 0, 0.0).empty());
     // A circle shrinks to a smaller circle, and vanishes at its radius.
     const Polygon disc(Circle(Point(0.0, 0.0), 2.0));
-    EXPECT_NEAR(disc.Shrink(0.5, 1e-9, true, 0, 0.0).GetArea().GetValue(), M_PI * 2.25, 1e-12);
+    EXPECT_NEAR(disc.Shrink(0.5, 1e-9, true, 0, 0.0).GetArea().GetValue(), k_Pi * 2.25, 1e-12);
 
     // Expansion: square grown by d, rounded corners (s^2 + 4 s d + pi d^2).
-    EXPECT_NEAR(square.Expand(1.0, 1e-9, true, 0, 0.0).GetArea().GetValue(), 16 + 16 + M_PI, 1e-9);
+    EXPECT_NEAR(square.Expand(1.0, 1e-9, true, 0, 0.0).GetArea().GetValue(), 16 + 16 + k_Pi, 1e-9);
     // A point grows into a disc.
     const PolygonWithHolesCollection grown =
         Polygon(Circle(Point(3.0, 3.0), 0.0)).Expand(2.0, 1e-9, true, 0, 0.0);
     ASSERT_EQ(grown.size(), 1);
-    EXPECT_NEAR(grown.GetArea().GetValue(), M_PI * 4, 1e-12);
+    EXPECT_NEAR(grown.GetArea().GetValue(), k_Pi * 4, 1e-12);
     EXPECT_TRUE(grown.begin()->GetPolygon().IsPointInside(Point(4.9, 3.0), k_Unit_0));
 }
 
@@ -308,7 +308,7 @@ TEST(Polygon, AssemblingLoops)
     const PolyArc square45(k_Closed, Rect(5, 0, 5 + 4.5, 1).GetEdges());
     const PolygonWithHolesCollection kept = Polygon::AssembleLoops({disc, square35}, 1e-9, true, false);
     ASSERT_EQ(kept.size(), 1);
-    EXPECT_NEAR(kept.GetArea().GetValue(), M_PI, 1e-12);
+    EXPECT_NEAR(kept.GetArea().GetValue(), k_Pi, 1e-12);
     EXPECT_EQ(Polygon::AssembleLoops({disc, square45}, 1e-9, true, false).GetArea(), Area(4.5));
     // Only holes: nothing to hold them.
     EXPECT_TRUE(Polygon::AssembleLoops({hole}, 1e-9, false, false).empty());
