@@ -1,0 +1,189 @@
+// The benchmark job generator (bench/generate_job.py): the same seed gives
+// the same bytes, its geometry check passes, and the translator finds in the
+// job the components, nets, traces and vias that the job holds.
+#include "JobFixture.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace
+{
+#ifdef _WIN32
+const char* const k_NullDevice = "NUL";
+#else
+const char* const k_NullDevice = "/dev/null";
+#endif
+
+bool HavePython()
+{
+    const std::string command = std::string("python3 --version >") + k_NullDevice + " 2>&1";
+    return std::system(command.c_str()) == 0;
+}
+
+std::string ReadAll(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Runs the generator into dir; the status of the run.
+int Generate(const fs::path& dir, const std::string& options)
+{
+    const std::string command = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
+                                dir.string() + "\" " + options + " >" + k_NullDevice;
+    return std::system(command.c_str());
+}
+
+// A whole number of the summary, -1 if the key is absent.
+long SummaryValue(const std::string& json, const std::string& key)
+{
+    std::smatch match;
+    if (!std::regex_search(json, match, std::regex("\"" + key + "\": (-?[0-9]+)")))
+        return -1;
+    return std::stol(match[1].str());
+}
+
+// Lines of text that begin with prefix.
+long CountLines(const std::string& text, const std::string& prefix)
+{
+    long count = 0;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        if (line.compare(0, prefix.size(), prefix) == 0)
+            ++count;
+    return count;
+}
+
+long CountText(const std::string& text, const std::string& what)
+{
+    long count = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size()))
+        ++count;
+    return count;
+}
+
+const io::CBlock* Descend(const io::CBlock& root, std::initializer_list<const wchar_t*> names)
+{
+    const io::CBlock* block = &root;
+    for (const wchar_t* name : names)
+    {
+        block = ChildBlock(*block, name);
+        if (!block)
+            return nullptr;
+    }
+    return block;
+}
+
+// Functions of that name among the children of every child block.
+long CountFunctionsInChildren(const io::CBlock& parent, const wchar_t* function, long* blocks)
+{
+    long count = 0;
+    *blocks = 0;
+    for (auto it = parent.begin(); it != parent.end(); ++it)
+    {
+        if (!parent.Item(it)->IsBlock())
+            continue;
+        ++*blocks;
+        const auto* child = static_cast<const io::CBlock*>(parent.Item(it).Item());
+        for (auto jt = child->begin(); jt != child->end(); ++jt)
+            if (child->Item(jt)->IsFunc() && child->Item(jt)->Name() == function)
+                ++count;
+    }
+    return count;
+}
+
+class GeneratedJob : public JobFixture
+{
+protected:
+    // Generates the job twice with one seed, checks that both are the same
+    // bytes, translates the first and compares the counts.
+    void RunCase(const std::string& options, bool planesFile)
+    {
+        if (!HavePython())
+            GTEST_SKIP() << "python3 is not available";
+        const fs::path first = JobDir();
+        const fs::path second = OutputPath("job2");
+        ASSERT_EQ(Generate(first, options + " --check"), 0);
+        ASSERT_EQ(Generate(second, options), 0);
+
+        std::vector<std::string> names{"JobPrefs.hkp", "Padstack.hkp", "Cell.hkp", "Layout.hkp",
+                                       "PDB.hkp",      "generator_summary.json"};
+        if (planesFile)
+            names.push_back("Planes.hkp");
+        for (const auto& name : names)
+        {
+            ASSERT_TRUE(fs::exists(first / name)) << name;
+            EXPECT_EQ(ReadAll(first / name), ReadAll(second / name)) << name << " differs between two runs";
+        }
+        EXPECT_EQ(fs::exists(first / "Planes.hkp"), planesFile);
+
+        const std::string layout = ReadAll(first / "Layout.hkp");
+        const std::string summary = ReadAll(first / "generator_summary.json");
+        // About 0.2 MB, as asked.
+        EXPECT_GT(layout.size(), 150000u);
+        EXPECT_LT(layout.size(), 260000u);
+        EXPECT_EQ(SummaryValue(summary, "layout_bytes"), static_cast<long>(layout.size()));
+
+        // The summary against the file itself.
+        const long placed = CountLines(layout, ".PACKAGE_CELL ") + CountLines(layout, ".MECHANICAL_CELL ") -
+                            CountLines(layout, "..COMPONENT_OPTIONS NOT_PLACED");
+        const long nets = CountLines(layout, ".NET \"");
+        const long vias = CountLines(layout, "..VIA");
+        const long traces = CountLines(layout, "..TRACE") + CountLines(layout, "...APS_TIE_LEG");
+        EXPECT_EQ(SummaryValue(summary, "expected_LayoutCompInst"), placed);
+        EXPECT_EQ(SummaryValue(summary, "expected_LayoutNet"), nets);
+        EXPECT_EQ(SummaryValue(summary, "expected_Via"), vias);
+        EXPECT_EQ(SummaryValue(summary, "expected_trace_Path"), traces);
+        EXPECT_GT(placed, 20);
+        EXPECT_GT(vias, 100);
+        EXPECT_GT(SummaryValue(summary, "plane_voids"), 100);
+        EXPECT_EQ(CountLines(layout, ".GENERATED_DATA"), 1);
+
+        ASSERT_EQ(Translate(), 0);
+        ASSERT_TRUE(fs::exists(OutputPath()));
+        io::CBlockPtr root = OutputTree();
+        const io::CBlock* layoutBlock = Descend(*root, {L"LayoutData", L"LayoutCell", L"Layout"});
+        ASSERT_NE(layoutBlock, nullptr);
+        const io::CBlock* components = ChildBlock(*layoutBlock, L"LayoutComponents");
+        const io::CBlock* layoutNets = ChildBlock(*layoutBlock, L"LayoutNets");
+        ASSERT_NE(components, nullptr);
+        ASSERT_NE(layoutNets, nullptr);
+        long compBlocks = 0;
+        EXPECT_EQ(CountFunctionsInChildren(*components, L"LayoutCompInst", &compBlocks), placed);
+        long netBlocks = 0;
+        EXPECT_EQ(CountFunctionsInChildren(*layoutNets, L"Via", &netBlocks), vias);
+        EXPECT_EQ(netBlocks, nets);
+
+        // Every trace is one Path in the nets' part of the output.
+        const std::string text = OutputText();
+        const auto from = text.find("$begin 'LayoutNets'");
+        const auto to = text.find("$end 'LayoutNets'");
+        ASSERT_NE(from, std::string::npos);
+        ASSERT_NE(to, std::string::npos);
+        EXPECT_EQ(CountText(text.substr(from, to - from), "Path("), traces);
+    }
+};
+} // namespace
+
+TEST_F(GeneratedJob, SameSeedSameBytesAndTheTranslatorFindsEverything)
+{
+    RunCase("--size-mb 0.2 --seed 11", false);
+}
+
+TEST_F(GeneratedJob, WithPlanesFileTenLayersNoNetClassNoValues)
+{
+    RunCase("--size-mb 0.2 --seed 5 --layers 10 --planes-file --no-netclass --no-pdb-values", true);
+    if (IsSkipped())
+        return;
+    EXPECT_FALSE(fs::exists(JobDir() / "NetClass.hkp"));
+    EXPECT_EQ(ReadAll(JobDir() / "PDB.hkp").find("Prop \"Value\""), std::string::npos);
+    // Ten layers: ten conductive and eleven dielectric layers, numbered 1 to 21.
+    const std::string prefs = ReadAll(JobDir() / "JobPrefs.hkp");
+    EXPECT_EQ(CountLines(prefs, "..SIGNAL_LAYER ") + CountLines(prefs, "..PLANE_LAYER "), 10);
+    EXPECT_EQ(CountLines(prefs, "..DIELECTRIC_LAYER "), 11);
+    EXPECT_NE(prefs.find("..DIELECTRIC_LAYER 21\n"), std::string::npos);
+}
