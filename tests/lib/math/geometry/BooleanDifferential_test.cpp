@@ -498,7 +498,7 @@ TEST(BooleanDifferential, RandomPairsAgainstBoost)
 {
     ShapeMaker maker(20261122);
     Tally tally;
-    const int cases = GetCaseCount(300);
+    const int cases = GetCaseCount(200);
     for (int i = 0; i < cases; ++i)
     {
         const PolygonWithHoles a = maker.Any(), b = maker.Any();
@@ -514,7 +514,7 @@ TEST(BooleanDifferential, AwkwardPairsAgainstBoost)
 {
     ShapeMaker maker(7);
     Tally tally;
-    const int cases = GetCaseCount(300);
+    const int cases = GetCaseCount(200);
     for (int i = 0; i < cases; ++i)
     {
         const int kind = i % 8;
