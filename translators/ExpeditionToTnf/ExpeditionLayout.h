@@ -9,6 +9,7 @@
 #pragma once
 
 #include "core/lib/vellum/AString.h"
+#include "lib/math/geometry/Polygon.h"
 
 #include <map>
 #include <vector>
@@ -526,6 +527,28 @@ public:
     std::vector<AString> m_Pins; // "refdes-pin", in order of first appearance, each once
 };
 
+// A plane contour with the width of the pen that drew it; 0.0 where the pen
+// has been worked into the contour.
+struct ExpeditionPlanePolygon
+{
+    ExpeditionPlanePolygon(const geom::Polygon& polygon, double width) : m_Polygon(polygon), m_Width(width) {}
+    geom::Polygon m_Polygon;
+    double m_Width;
+};
+
+// A plane outline with the voids inside it; an island has none.
+struct ExpeditionPlaneShape
+{
+    ExpeditionPlaneShape(const geom::Polygon& polygon, double width,
+                         const std::vector<ExpeditionPlanePolygon>& voids)
+        : m_Polygon(polygon), m_Width(width), m_Voids(voids)
+    {
+    }
+    geom::Polygon m_Polygon;
+    double m_Width;
+    std::vector<ExpeditionPlanePolygon> m_Voids;
+};
+
 // A routed net: its traces, vias and copper.
 class ExpeditionLayoutNet : public ExpeditionBaseElement
 {
@@ -543,6 +566,45 @@ public:
     std::vector<ExpeditionVia*> m_Vias;
     std::vector<std::vector<ExpeditionShapes*>> m_ShapesWithVoids; // outline first, then its holes
     std::vector<ExpeditionShapes*> m_Shapes;                       // conductive shapes without holes
+    // Plane copper by layer name (case counts): finished shapes with voids,
+    // raw outlines and voids as read, and contours of fewer than 3 points.
+    std::map<AString, std::vector<ExpeditionPlaneShape>> m_PlaneShapes;
+    std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneOutlines;
+    std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneLines;
+
+    void AddTraces(const std::vector<ExpeditionTrace*>& traces)
+    {
+        m_Traces.insert(m_Traces.end(), traces.begin(), traces.end());
+    }
+    void AddVias(const std::vector<ExpeditionVia*>& vias)
+    {
+        m_Vias.insert(m_Vias.end(), vias.begin(), vias.end());
+    }
+    void AddShapes(const std::vector<ExpeditionShapes*>& shapes)
+    {
+        m_Shapes.insert(m_Shapes.end(), shapes.begin(), shapes.end());
+    }
+    void AddPlaneShape(const ExpeditionPlaneShape& shape, const AString& layerName)
+    {
+        m_PlaneShapes[layerName].push_back(shape);
+    }
+    // An outline or void as read; on a negative layer the pen's width is
+    // worked into the contour by shrinking it by half the width.
+    void AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName, bool negative);
+    void AddPlaneLine(const ExpeditionPlanePolygon& polygon, const AString& layerName)
+    {
+        m_PlaneLines[layerName].push_back(polygon);
+    }
+    size_t GetPlaneLines(std::map<AString, std::vector<ExpeditionPlanePolygon>>& lines) const
+    {
+        lines = m_PlaneLines;
+        return lines.size();
+    }
+    // Pairs the outlines with the voids inside them: odd nesting depth makes a
+    // void, and a void goes to the innermost outline that holds it.
+    void ResolvePlaneVoids();
+    // Keeps the thin plane contours that stand in free space or in a void.
+    void ResolvePlaneLines();
 };
 
 // The values of one part number of PDB.hkp.

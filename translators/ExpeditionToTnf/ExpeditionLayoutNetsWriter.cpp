@@ -5,6 +5,10 @@
 // written takes none.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "lib/math/geometry/Circle.h"
+
+#include <cmath>
+
 using io::CBlock_func;
 using io::CBlockPtr;
 
@@ -42,5 +46,136 @@ CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& elements)
         WritePlaneShapes(*entry, *net);
         *block << entry;
     }
+    return block;
+}
+
+namespace
+{
+// vertex(x, y) per edge start, with Arc(height) behind an edge that bulges;
+// the last edge's end closes the outline only where asked.
+void AddEdges(CBlock_func& polygon, const std::vector<geom::Arc>& edges, bool closed)
+{
+    for (const geom::Arc& edge : edges)
+    {
+        CBlock_func vertex(L"vertex");
+        vertex << edge.GetStart().m_X.GetValue() << edge.GetStart().m_Y.GetValue();
+        polygon << vertex;
+        if (!edge.IsSegment(edge.GetEpsilon(), nullptr))
+        {
+            CBlock_func arc(L"Arc");
+            arc << edge.GetHeight().GetValue();
+            polygon << arc;
+        }
+    }
+    if (closed && !edges.empty())
+    {
+        CBlock_func vertex(L"vertex");
+        vertex << edges.back().GetEnd().m_X.GetValue() << edges.back().GetEnd().m_Y.GetValue();
+        polygon << vertex;
+    }
+}
+
+CBlock_func CircleItem(int id, double width, const geom::Circle& circle)
+{
+    CBlock_func item(L"Circle");
+    item << id << width << circle.GetCenter().m_X.GetValue() << circle.GetCenter().m_Y.GetValue()
+         << 2.0 * circle.GetRadius().GetValue();
+    return item;
+}
+} // namespace
+
+// Thin plane contours as paths through their vertices, without arcs.
+void ExpeditionToTnf::WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net)
+{
+    for (const auto& [layer, lines] : net.m_PlaneLines)
+        for (const ExpeditionPlanePolygon& line : lines)
+        {
+            CBlock_func path(L"Path");
+            path << ++m_NextShapeId;
+            for (const geom::Point& p : line.m_Polygon.GetVertices())
+            {
+                CBlock_func vertex(L"vertex");
+                vertex << p.m_X.GetValue() << p.m_Y.GetValue() << line.m_Width << line.m_Width
+                       << AString(L"Round") << AString(L"Radiallymitered") << line.m_Width;
+                path << vertex;
+            }
+            CBlock_func graphics(L"Graphics");
+            graphics << layer << path;
+            entry << graphics;
+        }
+}
+
+// A shape with voids is always written, its outline open; one without voids
+// is a circle, or a closed polygon unless it has collapsed to nothing.
+void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net)
+{
+    for (const auto& [layer, shapes] : net.m_PlaneShapes)
+        for (const ExpeditionPlaneShape& shape : shapes)
+        {
+            if (!shape.m_Voids.empty())
+            {
+                entry << WritePolygonWithVoids(layer, shape);
+                continue;
+            }
+            const double accuracy = 1e-08;
+            geom::Circle circle;
+            CBlock_func graphics(L"Graphics");
+            graphics << layer;
+            if (shape.m_Polygon.IsCircle(accuracy, &circle))
+            {
+                graphics << CircleItem(++m_NextShapeId, shape.m_Width, circle);
+                entry << graphics;
+                continue;
+            }
+            const geom::Box box = shape.m_Polygon.GetBBox();
+            if (shape.m_Polygon.IsSegment(accuracy, nullptr) ||
+                (box.GetWidth().GetValue() <= accuracy && box.GetHeight().GetValue() <= accuracy) ||
+                std::fabs(shape.m_Polygon.GetArea().GetValue()) < accuracy)
+                continue; // collapsed: dropped, and it takes no id
+            CBlock_func polygon(L"Polygon");
+            polygon << ++m_NextShapeId << shape.m_Width;
+            AddEdges(polygon, shape.m_Polygon.GetEdges(), true);
+            graphics << polygon;
+            entry << graphics;
+        }
+}
+
+CBlockPtr ExpeditionToTnf::WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape)
+{
+    CBlockPtr block(L"PolygonWithVoids");
+    *block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
+    CBlock_func outline(L"Polygon");
+    outline << ++m_NextShapeId << shape.m_Width;
+    const std::vector<geom::Arc> edges = shape.m_Polygon.GetEdges();
+    if (edges.size() == 1)
+    {
+        // A whole circle: sixty points around it, no arcs.
+        std::vector<geom::Point> points;
+        edges[0].GetPoints(60, true, points);
+        for (const geom::Point& p : points)
+        {
+            CBlock_func vertex(L"vertex");
+            vertex << p.m_X.GetValue() << p.m_Y.GetValue();
+            outline << vertex;
+        }
+    }
+    else
+        AddEdges(outline, edges, false);
+    *block << outline;
+    CBlockPtr voids(L"voids");
+    for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
+    {
+        geom::Circle circle;
+        if (hole.m_Polygon.IsCircle(hole.m_Polygon.GetEpsilon(), &circle))
+        {
+            *voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
+            continue;
+        }
+        CBlock_func polygon(L"Polygon");
+        polygon << ++m_NextShapeId << hole.m_Width;
+        AddEdges(polygon, hole.m_Polygon.GetEdges(), false);
+        *voids << polygon;
+    }
+    *block << voids;
     return block;
 }

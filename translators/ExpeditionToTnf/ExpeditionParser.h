@@ -8,6 +8,7 @@
 #pragma once
 
 #include "core/lib/vellum/LongFileName.h"
+#include "core/lib/vellum/streamio/Block.h"
 #include "core/lib/vellum/streamio/TokenStream.h"
 #include "lib/math/geometry/Polygon.h"
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
@@ -199,11 +200,14 @@ private:
                                            double factor, bool filledPolygon);
     ExpeditionLayoutNet* FindElementNet(const ElementList& elements, const AString& name);
 
+public:
     // One triple of an XYR list: a point, or an arc centre when r is not 0.
     struct XYRTriple
     {
         double x, y, r;
     };
+
+private:
     // Looks for the next XYR keyword (by NextToken, at least once) and reads
     // its triples, times factor; false if the file ended without one.
     static bool ReadXYRTriples(io::CToken_istream& stream, std::vector<XYRTriple>& triples, double factor);
@@ -278,6 +282,9 @@ private:
                               ExpeditionLayoutNet* net, const AString& layer, bool withWidth);
     void ReadTieLeg(io::CToken_istream& stream, AString& token, double factor, ExpeditionLayoutNet* net,
                     const AString& layer);
+
+    void ReadPlaneBlock(io::CBlock& block, double factor);
+    geom::Polygon ReadPlaneCutout(io::CBlock& contour, double factor);
 
     // Plane geometry of the nets, built from what the readers found.
     void AddGeneratedPlane(ExpeditionLayoutNet* net, const AString& layer, const GeneratedPlane& plane);

@@ -133,14 +133,12 @@ ExpeditionShapes* ExpeditionParser::ShapeFromPolygon(const geom::Polygon& polygo
         {
             std::vector<geom::Point> points;
             arc_vec[0].GetPoints(5, true, points);
+            // Split between the five points: four arcs of the circle.
             arcs.clear();
-            double previous = 0.0;
-            for (size_t i = 1; i <= points.size(); ++i)
-            {
-                const double position = static_cast<double>(i) / static_cast<double>(points.size());
-                arcs.push_back(arc_vec[0].GetSubArc(previous, position));
-                previous = position;
-            }
+            const size_t pieces = points.size() - 1;
+            for (size_t i = 1; i <= pieces; ++i)
+                arcs.push_back(arc_vec[0].GetSubArc(static_cast<double>(i - 1) / static_cast<double>(pieces),
+                                                    static_cast<double>(i) / static_cast<double>(pieces)));
         }
     }
     else if (arcs.size() < 2)

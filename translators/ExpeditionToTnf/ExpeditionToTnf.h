@@ -102,6 +102,7 @@ private:
     void WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour);
     void WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net);
     void WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net);
+    io::CBlockPtr WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape);
     void ExpandNetPins(ElementList& elements);
     struct NetlistPins;
     io::CBlockPtr WriteComponentProperties(const ExpeditionComponent& component, const AString& partNumber);

@@ -110,8 +110,8 @@ protected:
         ASSERT_EQ(Generate(first, options + " --check"), 0);
         ASSERT_EQ(Generate(second, options), 0);
 
-        std::vector<std::string> names{"JobPrefs.hkp", "Padstack.hkp", "Cell.hkp", "Layout.hkp",
-                                       "PDB.hkp",      "generator_summary.json"};
+        std::vector<std::string> names{"JobPrefs.hkp", "Padstack.hkp", "Cell.hkp",
+                                       "Layout.hkp",   "PDB.hkp",      "generator_summary.json"};
         if (planesFile)
             names.push_back("Planes.hkp");
         for (const auto& name : names)

@@ -34,6 +34,10 @@ void CopyToBuffer(const std::string& text, char* buffer, size_t size)
 
 bool AskForDirectory_G(const AString& title, AString& directory)
 {
+    // The shell's dialogs want a single-threaded COM apartment on the thread
+    // that shows them. It stays until the process ends, a few steps later.
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+
     // The identifier list the folder dialog hands out belongs to the shell's
     // allocator; without it there is nothing to ask with, and the program ends
     // as quietly as when the user cancels.

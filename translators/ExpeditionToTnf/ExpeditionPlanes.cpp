@@ -1,0 +1,252 @@
+// ExpeditionPlanes.cpp - the plane copper of a net: outlines and voids as
+// the layout tool generated them, paired into shapes with voids.
+//
+// The generated data gives a plane layer's contours side by side, outlines
+// and voids alike. Nesting tells them apart: a contour inside an odd number
+// of others is a void, inside an even number an outline (an island in a void
+// is an outline again). The pairing looks up candidates through a grid of
+// the contours' boxes, so a plane with tens of thousands of voids resolves
+// in near-linear time; the answers are those of testing every pair.
+#include "translators/ExpeditionToTnf/ExpeditionLayout.h"
+
+#include "core/lib/vellum/Assert.h"
+#include "lib/math/geometry/PolygonWithHoles.h"
+#include "lib/math/geometry/PolygonWithHolesCollection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace
+{
+// The contours whose boxes hold a point, found through a grid over all boxes.
+// Boxes that span many cells are kept aside and always offered.
+class BoxGrid
+{
+public:
+    explicit BoxGrid(const std::vector<geom::Box>& boxes) : m_Boxes(boxes)
+    {
+        for (const geom::Box& box : boxes)
+            if (!box.IsEmpty())
+                m_All |= box;
+        const size_t n = boxes.size();
+        m_Cells = std::max<size_t>(1, static_cast<size_t>(std::sqrt(static_cast<double>(n))));
+        m_Grid.resize(m_Cells * m_Cells);
+        if (m_All.IsEmpty())
+            return;
+        for (size_t i = 0; i < n; ++i)
+        {
+            const geom::Box& box = boxes[i];
+            if (box.IsEmpty())
+                continue;
+            const size_t x0 = Cell(box.GetMinX().GetValue(), true), x1 = Cell(box.GetMaxX().GetValue(), true);
+            const size_t y0 = Cell(box.GetMinY().GetValue(), false),
+                         y1 = Cell(box.GetMaxY().GetValue(), false);
+            if ((x1 - x0 + 1) * (y1 - y0 + 1) > 16)
+            {
+                m_Large.push_back(i);
+                continue;
+            }
+            for (size_t x = x0; x <= x1; ++x)
+                for (size_t y = y0; y <= y1; ++y)
+                    m_Grid[x * m_Cells + y].push_back(i);
+        }
+    }
+
+    // Indices, ascending, of the boxes that may hold the point.
+    std::vector<size_t> Candidates(const geom::Point& p) const
+    {
+        std::vector<size_t> found = m_Large;
+        if (!m_All.IsEmpty())
+        {
+            const auto& cell = m_Grid[Cell(p.m_X.GetValue(), true) * m_Cells + Cell(p.m_Y.GetValue(), false)];
+            found.insert(found.end(), cell.begin(), cell.end());
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+private:
+    size_t Cell(double v, bool x) const
+    {
+        const double lo = (x ? m_All.GetMinX() : m_All.GetMinY()).GetValue();
+        const double hi = (x ? m_All.GetMaxX() : m_All.GetMaxY()).GetValue();
+        if (!(hi > lo))
+            return 0;
+        const double t = (v - lo) / (hi - lo) * static_cast<double>(m_Cells);
+        if (!(t > 0.0))
+            return 0;
+        return std::min(m_Cells - 1, static_cast<size_t>(t));
+    }
+
+    const std::vector<geom::Box>& m_Boxes;
+    geom::Box m_All;
+    size_t m_Cells = 1;
+    std::vector<std::vector<size_t>> m_Grid;
+    std::vector<size_t> m_Large;
+};
+
+// Whether inner's box lies in outer's, with room for the accuracy of the
+// relation tests behind it.
+bool BoxMayHold(const geom::Box& outer, const geom::Box& inner)
+{
+    const double slack = 1e-6;
+    return inner.GetMinX().GetValue() >= outer.GetMinX().GetValue() - slack &&
+           inner.GetMaxX().GetValue() <= outer.GetMaxX().GetValue() + slack &&
+           inner.GetMinY().GetValue() >= outer.GetMinY().GetValue() - slack &&
+           inner.GetMaxY().GetValue() <= outer.GetMaxY().GetValue() + slack;
+}
+
+geom::Point BoxCentre(const geom::Box& box)
+{
+    return box.GetCenter();
+}
+} // namespace
+
+void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName,
+                                          bool negative)
+{
+    std::vector<ExpeditionPlanePolygon>& outlines = m_PlaneOutlines[layerName];
+    if (!negative)
+    {
+        outlines.push_back(polygon);
+        return;
+    }
+    const geom::PolygonWithHolesCollection shrunk =
+        polygon.m_Polygon.Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
+    for (const geom::PolygonWithHoles& piece : shrunk.GetPolygonsWithHoles())
+        outlines.emplace_back(piece.GetPolygon(), 0.0);
+}
+
+void ExpeditionLayoutNet::ResolvePlaneVoids()
+{
+    for (const auto& [layer, polygons] : m_PlaneOutlines)
+    {
+        const size_t n = polygons.size();
+        std::vector<geom::Box> boxes;
+        boxes.reserve(n);
+        for (const ExpeditionPlanePolygon& p : polygons)
+            boxes.push_back(p.m_Polygon.GetBBox());
+        const BoxGrid grid(boxes);
+
+        // Nesting depth: how many others hold this contour.
+        std::vector<size_t> outlines, voids;
+        for (size_t i = 0; i < n; ++i)
+        {
+            int depth = 0;
+            for (size_t j : grid.Candidates(BoxCentre(boxes[i])))
+                if (j != i && BoxMayHold(boxes[j], boxes[i]) &&
+                    polygons[j].m_Polygon.GetRelation(polygons[i].m_Polygon, 1e-08) ==
+                        geom::k_OtherInsideThis)
+                    ++depth;
+            (depth % 2 == 1 ? voids : outlines).push_back(i);
+        }
+
+        // Smallest outline first, equal areas in their order.
+        std::multimap<double, size_t> byArea;
+        for (size_t i : outlines)
+            byArea.emplace(std::fabs(polygons[i].m_Polygon.GetArea().GetValue()), i);
+        const size_t size = outlines.size();
+        const size_t size2 = byArea.size();
+        VELLUM_ASSERT(size2 == size);
+
+        // Outlines that touch themselves are cleaned first; voids are then
+        // tested against the cleaned contours.
+        std::vector<geom::Polygon> contours(n);
+        std::vector<size_t> rank(n, n);
+        std::vector<size_t> sorted;
+        for (const auto& [area, i] : byArea)
+        {
+            geom::Polygon contour = polygons[i].m_Polygon;
+            if (!geom::Polygon::GetSelfIntersectionPoints(contour, 1e-09).empty())
+            {
+                const auto cleaned =
+                    contour.RemoveSelfIntersections(1e-09, false, false, nullptr).GetPolygonsWithHoles();
+                if (!cleaned.empty())
+                    contour = cleaned.front().GetPolygon();
+            }
+            contours[i] = contour;
+            rank[i] = sorted.size();
+            sorted.push_back(i);
+        }
+        std::vector<geom::Box> outlineBoxes(n);
+        for (size_t i : sorted)
+            outlineBoxes[i] = contours[i].GetBBox();
+
+        // Each void to the first outline, in the sorted order, that holds it.
+        std::vector<std::vector<ExpeditionPlanePolygon>> taken(n);
+        for (size_t v : voids)
+        {
+            size_t best = n;
+            for (size_t o : grid.Candidates(BoxCentre(boxes[v])))
+            {
+                if (rank[o] == n || (best != n && rank[o] >= rank[best]))
+                    continue;
+                if (BoxMayHold(outlineBoxes[o], boxes[v]) &&
+                    contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    best = o;
+            }
+            // A contour cleaned of its self-crossings may have left its box:
+            // those few outlines are tried through their own box as well.
+            if (best == n)
+                for (size_t o : sorted)
+                {
+                    if (!BoxMayHold(outlineBoxes[o], boxes[v]) || BoxMayHold(boxes[o], boxes[v]))
+                        continue;
+                    if (contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    {
+                        best = o;
+                        break;
+                    }
+                }
+            if (best != n)
+                taken[best].push_back(polygons[v]);
+        }
+        std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[layer];
+        for (size_t o : sorted)
+            shapes.emplace_back(contours[o], polygons[o].m_Width, taken[o]);
+    }
+}
+
+void ExpeditionLayoutNet::ResolvePlaneLines()
+{
+    std::map<AString, std::vector<ExpeditionPlanePolygon>> kept;
+    for (const auto& [layer, lines] : m_PlaneLines)
+    {
+        const std::vector<ExpeditionPlaneShape> reference = m_PlaneShapes[layer];
+        for (const ExpeditionPlanePolygon& line : lines)
+        {
+            const geom::Point c = line.m_Polygon.GetBBox().GetCenter();
+            bool inVoid = false, inOutline = false;
+            for (const ExpeditionPlaneShape& shape : reference)
+            {
+                for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
+                    if (hole.m_Polygon.GetBBox().Contains(c, 1e-08) &&
+                        hole.m_Polygon.GetRelation(c, 1e-08) == geom::k_PointInside)
+                    {
+                        inVoid = true;
+                        break;
+                    }
+                if (inVoid)
+                    break;
+            }
+            if (!inVoid)
+                for (const ExpeditionPlaneShape& shape : reference)
+                    if (shape.m_Polygon.GetBBox().Contains(c, 1e-08) &&
+                        shape.m_Polygon.GetRelation(c, 1e-08) == geom::k_PointInside)
+                    {
+                        inOutline = true;
+                        break;
+                    }
+            // Copper of its own in free space or in a void; inside solid
+            // copper it adds nothing.
+            if (inVoid || !inOutline)
+            {
+                m_PlaneShapes[layer].emplace_back(line.m_Polygon, line.m_Width,
+                                                  std::vector<ExpeditionPlanePolygon>());
+                kept[layer].push_back(line);
+            }
+        }
+    }
+    m_PlaneLines = kept;
+}
