@@ -171,14 +171,16 @@ struct IndexedPoint
 // few accuracies' length bends by far less than the accuracy and is straight:
 // its ends, moved by snapping, no longer fit the circle well enough to
 // derive a centre from them.
-Arc MakePiece(const Arc& arc, const Point& a, const Point& b, Unit accuracy)
+Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, double to, Unit accuracy)
 {
     if (arc.GetStart() == a && arc.GetEnd() == b)
         return arc;
     if (arc.GetHeight() == k_Unit_0)
         return Arc(a, b, k_Unit_0);
-    if (a != b && a.GetDistanceSquareTo(b) < GetSquare_G(accuracy * 100.0) &&
-        (arc.GetStart() != arc.GetEnd() || arc.GetHeight().GetAbs() > accuracy * 100.0))
+    // The piece's length along the arc, not its chord, tells a short piece
+    // from the long rest of a circle cut near its start.
+    const Unit along = arc.GetLength() * (to - from);
+    if (a != b && along < accuracy * 100.0)
         return Arc(a, b, k_Unit_0);
     if (a == b)
         return Arc(a, b, arc.GetHeight(), arc.GetCenterAzimuth()); // a full circle whose start moved
@@ -312,16 +314,18 @@ PolyArcIntersectionGraph::SplitContours(const std::vector<Contour>& contours,
                       [](const auto& a, const auto& b)
                       { return a.first < b.first || (a.first == b.first && a.second < b.second); });
             Point from = start;
+            double from_position = 0.0;
             for (const auto& cut : cuts)
             {
                 if (cut.second == from)
                     continue;
-                split.m_Arcs.push_back(MakePiece(arc, from, cut.second, accuracy));
+                split.m_Arcs.push_back(MakePiece(arc, from, from_position, cut.second, cut.first, accuracy));
                 from = cut.second;
+                from_position = cut.first;
             }
             if (from != end ||
                 (cuts.empty() && arc.GetStart() == arc.GetEnd() && arc.GetHeight() != k_Unit_0))
-                split.m_Arcs.push_back(MakePiece(arc, from, end, accuracy));
+                split.m_Arcs.push_back(MakePiece(arc, from, from_position, end, 1.0, accuracy));
         }
         // Pieces that became points at tolerance 0 go; the chain stays closed
         // because their ends coincide.

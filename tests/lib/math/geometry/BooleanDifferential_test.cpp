@@ -520,6 +520,15 @@ TEST(BooleanDifferential, AwkwardPairsAgainstBoost)
         const int kind = i % 8;
         const PolygonWithHoles a = kind == 7 ? maker.Disk() : maker.Any();
         const PolygonWithHoles b = maker.Nasty(a, kind);
+        if (std::getenv("TNF_BOOLEAN_ONLY") && std::atoi(std::getenv("TNF_BOOLEAN_ONLY")) != i)
+            continue;
+        if (std::getenv("TNF_BOOLEAN_ONLY"))
+            for (const PolygonWithHoles* r : {&a, &b})
+                for (const Arc& e : r->GetPolygon().GetEdges())
+                    std::printf("  edge (%.17g %.17g) (%.17g %.17g) h %.17g az %.17g\n",
+                                e.GetStart().m_X.GetValue(), e.GetStart().m_Y.GetValue(),
+                                e.GetEnd().m_X.GetValue(), e.GetEnd().m_Y.GetValue(),
+                                e.GetHeight().GetValue(), e.GetCenterAzimuth().GetValue());
         RunCase(a, b, "awkward case " + std::to_string(i) + " kind " + std::to_string(kind), tally);
         if (HasFailure())
             break;

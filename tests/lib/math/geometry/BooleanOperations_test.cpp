@@ -107,6 +107,12 @@ TEST(BooleanOperations, TouchingAtOnePoint)
     const Polygon near = Disk(11 + 3e-7, 5, 1);
     EXPECT_NEAR(AreaOf(square.Unite(near, k_Accuracy)), 100 + M_PI, 1e-5);
     EXPECT_NEAR(AreaOf(square.Subtract(near, k_Accuracy)), 100, 1e-5);
+    // A small disk whose start vertex is where a big one nearly touches it:
+    // the near tangency cuts both circles twice, 3e-5 apart, and the long
+    // rest of the small circle must stay an arc.
+    const Polygon small = Disk(0, 0, 0.38), big = Disk(0.38 + 1.42 + 3e-7, 0, 1.42);
+    EXPECT_NEAR(AreaOf(small.Unite(big, k_Accuracy)), M_PI * (0.38 * 0.38 + 1.42 * 1.42), 1e-5);
+    EXPECT_NEAR(AreaOf(small.Subtract(big, k_Accuracy)), M_PI * 0.38 * 0.38, 1e-5);
 }
 
 TEST(BooleanOperations, VertexWithinAccuracyOfAnEdge)
