@@ -17,9 +17,11 @@
 # For each size it generates a job (bench/generate_job.py), builds the Release
 # translator once, runs it RUNS times under /usr/bin/time -v and prints: the
 # size of Layout.hkp, the median wall time, the peak resident memory (the
-# largest of the runs), the input rate in MB/s, and how the time grew from
-# the size before (time ratio, size ratio and the exponent of that growth:
-# 1.0 is linear, 2.0 quadratic).
+# largest of the runs), the median CPU time (user + system, less disturbed
+# by a busy machine than the wall time), the input rate in MB/s, and how the
+# wall time grew from the size before (time ratio, size ratio and the
+# exponent of that growth: 1.0 is linear, 2.0 quadratic; the last column is
+# the same exponent of the CPU time).
 set -euo pipefail
 
 die() { echo "end_to_end.sh: $*" >&2; exit 1; }
@@ -87,6 +89,7 @@ for size in "${SIZES[@]}"; do
        "$(summary_value "$summary" vias) vias, $(summary_value "$summary" plane_voids) plane voids"
 
   times=()
+  cpus=()
   peak=0
   out="$BENCH_DIR/out_$tag.tnf"
   for run in $(seq 1 "$RUNS"); do
@@ -101,35 +104,42 @@ for size in "${SIZES[@]}"; do
     seconds=$(calc "($end - $start) / 1000000000")
     rss=$(awk -F': ' '/Maximum resident set size/ {print $2}' "$log")
     [ -n "$rss" ] || die "no 'Maximum resident set size' in $log"
-    [ "$rss" -gt "$peak" ] && peak=$rss
+    cpu=$(awk -F': ' '/User time|System time/ {t += $2} END {printf "%.3f", t}' "$log")
+    if [ "$rss" -gt "$peak" ]; then peak=$rss; fi
     times+=("$seconds")
-    printf '   run %d: %.3f s, %d MB resident\n' "$run" "$seconds" "$((rss / 1024))"
+    cpus+=("$cpu")
+    printf '   run %d: %.3f s wall, %.3f s CPU, %d MB resident\n' "$run" "$seconds" "$cpu" "$((rss / 1024))"
   done
   median=$(printf '%s\n' "${times[@]}" | sort -g | awk '{a[NR]=$1} END {if (NR % 2) print a[(NR+1)/2]; else print (a[NR/2]+a[NR/2+1])/2}')
-  ROWS+=("$size $layout_bytes $median $peak")
+  median_cpu=$(printf '%s\n' "${cpus[@]}" | sort -g | awk '{a[NR]=$1} END {if (NR % 2) print a[(NR+1)/2]; else print (a[NR/2]+a[NR/2+1])/2}')
+  ROWS+=("$size $layout_bytes $median $peak $median_cpu")
 done
 
 echo
 echo "Translator: $EXE"
-echo "Runs per job: $RUNS (median wall time; peak memory is the largest of the runs)"
+echo "Runs per job: $RUNS (median wall and CPU time; peak memory is the largest of the runs)"
+echo "Load average now: $(cut -d' ' -f1-3 /proc/loadavg 2>/dev/null || echo unknown) on $(nproc 2>/dev/null || echo '?') CPUs"
 echo
-printf '%-8s %12s %12s %12s %10s %10s %10s %9s\n' "job" "Layout MB" "time s" "peak MB" "MB/s" "time x" "size x" "exponent"
+printf '%-8s %10s %9s %9s %9s %8s %8s %8s %9s %8s\n' "job" "Layout MB" "wall s" "CPU s" "peak MB" "MB/s" "time x" "size x" "exponent" "CPU exp"
 prev_bytes=""
 prev_time=""
+prev_cpu=""
 for row in "${ROWS[@]}"; do
-  read -r size bytes median peak <<<"$row"
+  read -r size bytes median peak cpu <<<"$row"
   mb=$(calc "$bytes / 1000000")
   rate=$(calc "$mb / $median")
   if [ -n "$prev_bytes" ]; then
     tx=$(calc "$median / $prev_time")
     sx=$(calc "$bytes / $prev_bytes")
     ex=$(calc "log($tx) / log($sx)")
-    printf '%-8s %12.2f %12.3f %12.1f %10.2f %10.2f %10.2f %9.2f\n' "${size}MB" "$mb" "$median" \
-      "$(calc "$peak / 1024")" "$rate" "$tx" "$sx" "$ex"
+    cx=$(calc "log($cpu / $prev_cpu) / log($sx)")
+    printf '%-8s %10.2f %9.3f %9.3f %9.1f %8.2f %8.2f %8.2f %9.2f %8.2f\n' "${size}MB" "$mb" "$median" "$cpu" \
+      "$(calc "$peak / 1024")" "$rate" "$tx" "$sx" "$ex" "$cx"
   else
-    printf '%-8s %12.2f %12.3f %12.1f %10.2f %10s %10s %9s\n' "${size}MB" "$mb" "$median" \
+    printf '%-8s %10.2f %9.3f %9.3f %9.1f %8.2f %8s %8s %9s\n' "${size}MB" "$mb" "$median" "$cpu" \
       "$(calc "$peak / 1024")" "$rate" "-" "-" "-"
   fi
   prev_bytes=$bytes
   prev_time=$median
+  prev_cpu=$cpu
 done

@@ -512,6 +512,17 @@ def route(rng, layers, a, b):
         sign = 1 if ux * vy > 0 else -1
         return (layer, "arc", [(ax, ay, 0), (s[0], s[1], 0), (c[0], c[1], sign * r), (e[0], e[1], 0),
                                (bx, by, 0)])
+    if abs(dx) >= 1000 and abs(dy) >= 1000 and rng.random() < 0.6:
+        # A staircase of 2 to 4 steps: 4 to 8 segments.
+        steps = rng.randint(2, 4)
+        pts = [(ax, ay)]
+        py = ay
+        for i in range(1, steps + 1):
+            px = ax + dx * i // steps
+            pts.append((px, py))
+            py = ay + dy * i // steps
+            pts.append((px, py))
+        return (layer, "line", pts)
     if abs(dx) >= abs(dy):
         m = (bx - (1 if dx > 0 else -1) * abs(dy), ay)
     else:
