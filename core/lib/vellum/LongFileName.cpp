@@ -12,6 +12,15 @@ size_t LastSeparator(const AString& path)
 {
     const size_t slash = path.rfind(L'/');
     const size_t backslash = path.rfind(L'\\');
+    if (slash == AString::npos && backslash == AString::npos)
+    {
+#ifdef _WIN32
+        // "C:board.tnf" names a file in the current directory of drive C.
+        if (path.size() > 1 && path[1] == L':')
+            return 1;
+#endif
+        return AString::npos;
+    }
     if (slash == AString::npos)
         return backslash;
     if (backslash == AString::npos)
