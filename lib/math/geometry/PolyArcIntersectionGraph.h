@@ -129,6 +129,9 @@ protected:
     std::vector<Edge> m_Edges;
     std::vector<Vertex> m_Vertices;
     Unit m_CalcAccuracy;
+    // Set for the union of one collection, whose filling reports a broken
+    // topology on the debug print before it gives up.
+    bool m_SingleCollection = false;
 };
 
 // The contours of an operand: outline as it is, holes reversed, so that the

@@ -11,6 +11,7 @@
 #include "lib/math/geometry/PolyArcIntersectionGraph.h"
 
 #include "core/lib/vellum/Assert.h"
+#include "core/lib/vellum/Base.h"
 #include "lib/math/geometry/GeomStl.h"
 
 #include <algorithm>
@@ -519,6 +520,14 @@ void PolyArcIntersectionGraph::Fill(const std::vector<Contour>& input, const Poi
     {
         Vertex* v1 = find(e.m_Arc.GetStart());
         Vertex* v2 = find(e.m_Arc.GetEnd());
+        if (m_SingleCollection && (!v1 || !v2))
+        {
+            DebugPrint(1,
+                       L"PolyArcIntersectionGraph2::FillFrom, unexpected failure v1=%p, v2=%p, throwing an "
+                       L"exception\n",
+                       static_cast<void*>(v1), static_cast<void*>(v2));
+            throw k_GeometryFailure;
+        }
         VELLUM_ASSERT(v1 && v2);
         if (!v1 || !v2)
             throw k_GeometryFailure;
@@ -651,7 +660,9 @@ void PolyArcIntersectionGraph::MergeCommonEdges()
                              Unit(sum / static_cast<double>(members.size())), e.m_Arc.GetCenterAzimuth());
             for (size_t m : members)
             {
-                VELLUM_ASSERT(group[m]->m_InsideOther == k_CommonEdge);
+                const Edge& e1 = e;
+                const Edge& e2 = *group[m];
+                VELLUM_ASSERT(e1.m_InsideOther == k_CommonEdge && e2.m_InsideOther == k_CommonEdge);
                 done[m] = true;
                 Edge& f = *group[m];
                 f.m_Arc = IsSameWay(e, f) || m == i ? merged : merged.GetReversed();
@@ -759,7 +770,7 @@ bool HasAvailableEdge(const Graph::Vertex& v, Graph::Mode mode)
 PolyArcIntersectionGraph::Loop PolyArcIntersectionGraph::Walk(Vertex* start, Mode mode)
 {
     Loop ret;
-    std::vector<Edge*> walked;
+    std::vector<Edge*> edges; // used in this walk
     Vertex* cur = start;
     for (;;)
     {
@@ -788,13 +799,14 @@ PolyArcIntersectionGraph::Loop PolyArcIntersectionGraph::Walk(Vertex* start, Mod
             }
             // A dead end: the edges go back, but the first stays used so
             // that the same walk isn't tried again.
-            VELLUM_ASSERT(!walked.empty());
-            for (size_t i = 1; i < walked.size(); ++i)
-                walked[i]->m_Visited = false;
+            VELLUM_ASSERT(!edges.empty());
+            for (size_t i = 1; i < edges.size(); ++i)
+                edges[i]->m_Visited = false;
             ret.m_Closed = false;
             return ret;
         }
-        VELLUM_ASSERT(TakesForward(*edge, mode) != TakesBackward(*edge, mode));
+        const bool backward = TakesBackward(*edge, mode);
+        VELLUM_ASSERT(TakesForward(*edge, mode) != backward);
         VELLUM_ASSERT(edge->m_Arc.GetStart() == edge->m_StartVertex->m_Location &&
                       edge->m_Arc.GetEnd() == edge->m_EndVertex->m_Location);
         const Arc arc = forward ? edge->m_Arc : edge->m_Arc.GetReversed();
@@ -802,7 +814,7 @@ PolyArcIntersectionGraph::Loop PolyArcIntersectionGraph::Walk(Vertex* start, Mod
         ret.m_Arcs.push_back(arc);
         ret.m_Vertices.push_back(cur);
         edge->m_Visited = true;
-        walked.push_back(edge);
+        edges.push_back(edge);
         cur = forward ? edge->m_EndVertex : edge->m_StartVertex;
     }
 }
@@ -841,7 +853,7 @@ PolyArcIntersectionGraph::JoinLoopsAtVertices(const std::vector<Loop>& loops, co
             at_vertex[vertex_index(loops[l].m_Vertices[pos])].emplace_back(l, pos);
     std::vector<bool> reached(loops.size(), false);
     std::vector<std::vector<Attach>> children(loops.size());
-    std::vector<Loop> ret;
+    std::vector<Loop> all;
     for (size_t root = 0; root < loops.size(); ++root)
     {
         if (reached[root])
@@ -860,8 +872,8 @@ PolyArcIntersectionGraph::JoinLoopsAtVertices(const std::vector<Loop>& loops, co
                         queue.push_back(other);
                     }
         }
-        Loop joined;
-        joined.m_Closed = true;
+        Loop ret;
+        ret.m_Closed = true;
         struct Frame
         {
             size_t m_Loop, m_Start, m_Step;
@@ -888,14 +900,14 @@ PolyArcIntersectionGraph::JoinLoopsAtVertices(const std::vector<Loop>& loops, co
                 }
             if (descended)
                 continue;
-            joined.m_Arcs.push_back(l.m_Arcs[pos]);
-            joined.m_Vertices.push_back(l.m_Vertices[pos]);
+            ret.m_Arcs.push_back(l.m_Arcs[pos]);
+            ret.m_Vertices.push_back(l.m_Vertices[pos]);
             ++f.m_Step;
         }
-        VELLUM_ASSERT(joined.m_Arcs.front().GetStart() == joined.m_Arcs.back().GetEnd());
-        ret.push_back(std::move(joined));
+        VELLUM_ASSERT(ret.m_Arcs.front().GetStart() == ret.m_Arcs.back().GetEnd());
+        all.push_back(std::move(ret));
     }
-    return ret;
+    return all;
 }
 
 PolygonWithHolesCollection PolyArcIntersectionGraph::Assemble(const std::vector<Loop>& loops)
@@ -927,27 +939,27 @@ PolygonWithHolesCollection PolyArcIntersectionGraph::Assemble(const std::vector<
     }
     // Holes go to the innermost outline that holds them; collected first
     // and set once, so that many voids of one plane cost no copying.
-    const PolygonWithHolesCollection found_in(outlines);
+    const PolygonWithHolesCollection ret(outlines);
     std::vector<std::vector<Polygon>> holes_of(outlines.size());
     std::vector<PolygonWithHoles> extra;
     const auto find = [&](const Polygon& loop)
     {
-        auto i = found_in.FindEntryHolding(loop, m_CalcAccuracy, false);
-        if (i == found_in.end())
-            i = found_in.FindEntryHolding(loop, m_CalcAccuracy, true);
+        auto i = ret.FindEntryHolding(loop, m_CalcAccuracy, false);
+        if (i == ret.end())
+            i = ret.FindEntryHolding(loop, m_CalcAccuracy, true);
         return i;
     };
     for (const Polygon& hole : holes)
     {
         const auto i = find(hole);
-        VELLUM_ASSERT(i != found_in.end());
-        if (i != found_in.end())
+        VELLUM_ASSERT(i != ret.end());
+        if (i != ret.end())
             holes_of[static_cast<size_t>(i.GetIndex())].push_back(hole);
     }
     for (const Polygon& loop : degenerate)
     {
         const auto i = find(loop);
-        if (i != found_in.end() && i->IsHoleCandidate(loop, m_CalcAccuracy))
+        if (i != ret.end() && i->IsHoleCandidate(loop, m_CalcAccuracy))
             holes_of[static_cast<size_t>(i.GetIndex())].push_back(loop);
         else
             extra.push_back(PolygonWithHoles(loop));

@@ -6,7 +6,6 @@
 #include "lib/math/geometry/PolyArcIntersectionGraph2.h"
 
 #include "core/lib/vellum/Assert.h"
-#include "core/lib/vellum/Base.h"
 
 namespace geom
 {
@@ -29,6 +28,7 @@ PolyArcIntersectionGraph2::PolyArcIntersectionGraph2(const PolygonWithHolesColle
 
 void PolyArcIntersectionGraph2::FillFrom(const PolygonWithHolesCollection& pc)
 {
+    m_SingleCollection = true;
     const PolygonWithHolesCollection sorted = GetSpatiallySorted(pc);
     std::vector<Contour> contours;
     int group = 0;
@@ -57,7 +57,7 @@ void PolyArcIntersectionGraph2::FillFrom(const PolygonWithHolesCollection& pc)
     }
     catch (Exception)
     {
-        DebugPrint(1, L"PolyArcIntersectionGraph2::FillFrom, unexpected failure, throwing an exception\n");
+        // The operation fails as a whole: its result is empty.
         m_Failed = true;
     }
 }

@@ -258,7 +258,10 @@ PolygonWithHolesCollection PolygonWithHoles::Unite(const PolygonWithHoles& other
     const PolygonWithHolesCollection both = MakeCollection({*this, other});
     PolygonWithHolesCollection ret2 = PolyArcIntersectionGraph2(both, accuracy).GetResult();
     if (!ret2.empty())
+    {
+        VELLUM_ASSERT(!ret2.empty());
         return ret2;
+    }
     if (!HasHoles() && !other.HasHoles())
         return m_Polygon.Unite(other.m_Polygon, accuracy);
     switch (GetRelation(other, accuracy))
