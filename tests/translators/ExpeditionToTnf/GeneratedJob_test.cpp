@@ -96,6 +96,29 @@ long CountFunctionsInChildren(const io::CBlock& parent, const wchar_t* function,
     return count;
 }
 
+// Planes with voids in the nets, and the items of all their voids.
+void CountPlanes(const io::CBlock& layoutNets, long* planes, long* voids)
+{
+    *planes = 0;
+    *voids = 0;
+    for (auto it = layoutNets.begin(); it != layoutNets.end(); ++it)
+    {
+        if (!layoutNets.Item(it)->IsBlock())
+            continue;
+        const auto* net = static_cast<const io::CBlock*>(layoutNets.Item(it).Item());
+        for (auto jt = net->begin(); jt != net->end(); ++jt)
+        {
+            if (!net->Item(jt)->IsBlock() || net->Item(jt)->Name() != L"PolygonWithVoids")
+                continue;
+            ++*planes;
+            const auto* plane = static_cast<const io::CBlock*>(net->Item(jt).Item());
+            if (const io::CBlock* list = ChildBlock(*plane, L"voids"))
+                for (auto kt = list->begin(); kt != list->end(); ++kt)
+                    ++*voids;
+        }
+    }
+}
+
 class GeneratedJob : public JobFixture
 {
 protected:
@@ -143,6 +166,12 @@ protected:
         EXPECT_GT(vias, 100);
         EXPECT_GT(SummaryValue(summary, "plane_voids"), 100);
         EXPECT_EQ(CountLines(layout, ".GENERATED_DATA"), 1);
+        // The plane paths of the generated data: one outline per plane
+        // layer, the rest voids.
+        const std::string generated = layout.substr(layout.find("\n.GENERATED_DATA\n"));
+        const long planePaths = CountLines(generated, "...CIRCLE_PATH") + CountLines(generated, "...RECT_PATH") +
+                                CountLines(generated, "...POLYARC_PATH") + CountLines(generated, "...POLYLINE_PATH");
+        EXPECT_EQ(SummaryValue(summary, "plane_voids"), planePaths - CountLines(generated, "..PLANE_LYR "));
 
         ASSERT_EQ(Translate(), 0);
         ASSERT_TRUE(fs::exists(OutputPath()));
@@ -158,6 +187,16 @@ protected:
         long netBlocks = 0;
         EXPECT_EQ(CountFunctionsInChildren(*layoutNets, L"Via", &netBlocks), vias);
         EXPECT_EQ(netBlocks, nets);
+
+        // One plane with voids per plane layer, and every void of the
+        // generated data (or of Planes.hkp) in it.
+        long planes = 0;
+        long voids = 0;
+        CountPlanes(*layoutNets, &planes, &voids);
+        const std::string prefs = ReadAll(first / "JobPrefs.hkp");
+        EXPECT_EQ(planes, CountLines(prefs, "..PLANE_LAYER "));
+        EXPECT_EQ(SummaryValue(summary, "plane_layers"), planes);
+        EXPECT_EQ(voids, SummaryValue(summary, "plane_voids"));
 
         // Every trace is one Path in the nets' part of the output.
         const std::string text = OutputText();
