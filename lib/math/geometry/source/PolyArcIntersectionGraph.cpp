@@ -127,13 +127,20 @@ std::vector<int> ClusterPoints(const std::vector<Point>& points, Unit tolerance)
     }
     else
     {
-        const double t = tolerance.GetValue();
+        // Cells at least as wide as the tolerance, so that a point's
+        // neighbours lie in the 3 x 3 cells around it; never so narrow that
+        // a coordinate's cell number leaves the integers.
+        double magnitude = 0;
+        for (const Point& p : points)
+            magnitude = std::max({magnitude, std::fabs(p.m_X.GetValue()), std::fabs(p.m_Y.GetValue())});
+        const double t = std::max(tolerance.GetValue(), magnitude * 1e-15);
         const Area tolerance_square = tolerance * tolerance;
         struct CellHash
         {
             size_t operator()(const std::pair<std::int64_t, std::int64_t>& c) const
             {
-                return std::hash<std::int64_t>()(c.first * 73856093LL ^ c.second * 19349663LL);
+                return std::hash<std::uint64_t>()(static_cast<std::uint64_t>(c.first) * 73856093u ^
+                                                  static_cast<std::uint64_t>(c.second) * 19349663u);
             }
         };
         std::unordered_map<std::pair<std::int64_t, std::int64_t>, std::vector<int>, CellHash> grid;
