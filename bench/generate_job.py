@@ -172,14 +172,25 @@ def make_cells():
         pins = [Pin("1", -px, 0, ps, via=(-(via_x - px), 0)), Pin("2", px, 0, ps, via=(via_x - px, 0))]
         cells.append(Cell(name, "PACKAGE_CELL", "Discrete", "SURFACE", None, partnos, pins, body,
                           max(pad_w, pad_h) // 2))
-    # SOIC-8 and SOIC-16, 1.27 mm pitch, vias outward of the leads.
+    # LED 0805 with custom pads (arrow for the anode, D shape for the
+    # cathode) and SOT-23 on octagonal fingers.
+    pins = [Pin("1", -1000, 0, "SMD_ARROW", via=(-1000, 0)), Pin("2", 1000, 0, "SMD_D_SHAPE", via=(1000, 0))]
+    cells.append(Cell("LED_0805", "PACKAGE_CELL", "Discrete", "SURFACE", "D", [("LED-0805-GRN", "D")], pins,
+                      (1000, 625), 600, roles=lambda i, rng: "power" if i == 0 else "signal"))
+    pins = [Pin("1", -950, -1100, "SMD_SOIC_OFG", rot=90, via=(0, -1500)),
+            Pin("2", 950, -1100, "SMD_SOIC_OFG", rot=90, via=(0, -1500)),
+            Pin("3", 0, 1100, "SMD_SOIC_OFG", rot=270, via=(0, 1500))]
+    cells.append(Cell("SOT23_P095", "PACKAGE_CELL", "Discrete", "SURFACE", "Q", [("BJT-SOT23-NPN", "Q")], pins,
+                      (1450, 650), 775, roles=lambda i, rng: "gnd" if i == 1 else "signal"))
+    # SOIC-8 and SOIC-16, 1.27 mm pitch, vias outward of the leads; pin 1
+    # of the SOIC-16 on a chamfered pad.
     for name, n, ps, partno in (("SOIC8_127P600", 8, "SMD_SOIC", "LDO-3V3-SOIC8"),
                                 ("SOIC16_127P600", 16, "SMD_SOIC_FG", "BUF-SOIC16")):
         half = n // 2
         pins = []
         for k in range(half):
             y = (half - 1) * 635 - k * 1270
-            pins.append(Pin(str(k + 1), -2700, y, ps, via=(-1600, 0)))
+            pins.append(Pin(str(k + 1), -2700, y, "SMD_SOIC_CH" if (k == 0 and n == 16) else ps, via=(-1600, 0)))
         for k in range(half):
             y = -(half - 1) * 635 + k * 1270
             pins.append(Pin(str(half + k + 1), 2700, y, ps, via=(1600, 0)))
@@ -245,7 +256,7 @@ def make_cells():
 # Weights of the placed cells (mounting holes are placed by themselves).
 CELL_WEIGHTS = [("SMD_0402", 34), ("SMD_0603", 24), ("SOIC8_127P600", 8), ("SOIC16_127P600", 5),
                 ("QFN32_5X5_P050", 5), ("BGA100_P100", 1.6), ("BGA400_P100", 0.5),
-                ("HDR_2X10_P254", 1.5), ("HDR_1X2_P254", 1.5)]
+                ("HDR_2X10_P254", 1.5), ("HDR_1X2_P254", 1.5), ("LED_0805", 3), ("SOT23_P095", 5)]
 
 
 # ---------------------------------------------------------------------------
@@ -337,7 +348,7 @@ def build_design(rng, nparts, layers):
         counters[prefix] = counters.get(prefix, 0) + 1
         p.ref = "%s%d" % (prefix, counters[prefix])
         p.rot = rng.choice((0, 90, 180, 270))
-        p.bottom = cell.mount == "SURFACE" and cname in ("SMD_0402", "SMD_0603", "SOIC8_127P600") \
+        p.bottom = cell.mount == "SURFACE" and cname in ("SMD_0402", "SMD_0603", "SOIC8_127P600", "SOT23_P095", "LED_0805") \
             and rng.random() < 0.3
         bx0, by0, bx1, by1 = rotated_bbox(cell, p.rot, p.bottom)
         area += (bx1 - bx0 + ROW_GAP) * (by1 - by0 + ROW_GAP)
@@ -648,6 +659,8 @@ def write_padstack(d):
                [("WIDTH", "3.2"), ("HEIGHT", "3.2"), ("CORNER_RADIUS", "0.2")])
     out += pad("CH3.30X3.30C0.25", "CHAMFERED_RECTANGLE",
                [("WIDTH", "3.3"), ("HEIGHT", "3.3"), ("CHAMFER", "0.25")])
+    out += pad("CH1.55X0.60C0.15", "CHAMFERED_RECTANGLE",
+               [("WIDTH", "1.55"), ("HEIGHT", "0.6"), ("CHAMFER", "0.15")])
     out += ["! Thermal reliefs", ""]
     for name, kind, outer, inner, tie, clr in (
             ("TH0.85-0.45", "4_WEB_ROUND_THERMAL_45", "0.85", "0.45", "0.15", "0.2"),
@@ -682,6 +695,8 @@ def write_padstack(d):
                                            "TOP_SOLDERMASK_PAD \"RC1X1.05\""])
     out += padstack("SMD_SOIC", "PIN_SMD", ["TOP_PAD \"RC1.55X0.6\"", "TOP_SOLDERMASK_PAD \"RC1.65X0.7\""])
     out += padstack("SMD_SOIC_FG", "PIN_SMD", ["TOP_PAD \"FG1.55X0.60\"", "TOP_SOLDERMASK_PAD \"RC1.65X0.7\""])
+    out += padstack("SMD_SOIC_CH", "PIN_SMD", ["TOP_PAD \"CH1.55X0.60C0.15\"",
+                                               "TOP_SOLDERMASK_PAD \"RC1.65X0.7\""])
     out += padstack("SMD_SOIC_OFG", "PIN_SMD", ["TOP_PAD \"OFG1.55X0.60\"",
                                                 "TOP_SOLDERMASK_PAD \"RC1.65X0.7\""])
     out += padstack("SMD_QFN_LEAD", "PIN_SMD", ["TOP_PAD \"QFN_LEAD_0.84X0.28\"",
@@ -1014,6 +1029,8 @@ PART_INFO = {
     "HDR-2X10-P254": ("J", None, None, "Header 2x10 2.54 mm"),
     "HDR-1X2-P254-SLOT": ("J", None, None, "Power header 1x2, slotted lead"),
     "MTG-M3-PLATED": ("H", None, None, "Mounting hole M3 plated"),
+    "LED-0805-GRN": ("D", None, None, "LED green 0805"),
+    "BJT-SOT23-NPN": ("Q", None, None, "NPN transistor SOT-23"),
 }
 
 
