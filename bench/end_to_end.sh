@@ -40,11 +40,11 @@ for s in "${SIZES[@]}"; do
 done
 [[ "$RUNS" =~ ^[1-9][0-9]*$ ]] || die "RUNS must be a positive whole number, not '$RUNS'"
 
-mkdir -p "$BENCH_DIR"
-BENCH_DIR="$(cd "$BENCH_DIR" && pwd)"
+BENCH_DIR="$(realpath -m "$BENCH_DIR")"
 case "$BENCH_DIR/" in
   "$REPO"/*) die "TNF_BENCH_DIR ($BENCH_DIR) lies inside the repository; choose a directory outside it" ;;
 esac
+mkdir -p "$BENCH_DIR" || die "cannot make $BENCH_DIR"
 
 command -v python3 >/dev/null || die "python3 is needed for the job generator"
 if [ ! -x /usr/bin/time ]; then
