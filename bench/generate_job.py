@@ -320,6 +320,30 @@ class Design:
     pass
 
 
+def part_height(p):
+    bx0, by0, bx1, by1 = rotated_bbox(p.cell, p.rot, p.bottom)
+    return by1 - by0
+
+
+def pack_rows(parts, width):
+    """Places the parts in rows from the lower left, each row as high as its
+    highest part; returns the height of the packed area."""
+    x = y = BOARD_MARGIN
+    row_h = 0
+    for p in parts:
+        bx0, by0, bx1, by1 = rotated_bbox(p.cell, p.rot, p.bottom)
+        w = bx1 - bx0
+        if x + w > BOARD_MARGIN + width and x > BOARD_MARGIN:
+            x = BOARD_MARGIN
+            y += row_h + ROW_GAP
+            row_h = 0
+        p.x = x - bx0
+        p.y = y - by0
+        x += w + ROW_GAP
+        row_h = max(row_h, by1 - by0)
+    return y + row_h - BOARD_MARGIN
+
+
 def build_design(rng, nparts, layers):
     cells = make_cells()
     by_name = {c.name: c for c in cells}
@@ -353,23 +377,23 @@ def build_design(rng, nparts, layers):
         bx0, by0, bx1, by1 = rotated_bbox(cell, p.rot, p.bottom)
         area += (bx1 - bx0 + ROW_GAP) * (by1 - by0 + ROW_GAP)
         parts.append(p)
+    # Rows of parts of like height, tallest first (the big parts end up in
+    # the first rows, the passives in the last), in a packed area about as
+    # wide as it is high.
+    parts.sort(key=lambda p: -part_height(p))
     width = int(math.sqrt(area * 1.12)) + 20000
-    width = (width // 1000 + 1) * 1000
-    x = y = BOARD_MARGIN
+    for _ in range(6):
+        width = (width // 1000 + 1) * 1000
+        height = pack_rows(parts, width)
+        if 0.85 <= height / float(width) <= 1.18:
+            break
+        width = int(math.sqrt(width * float(height)))
+    width = (width // 1000 + 1) * 1000 if width % 1000 else width
+    height = pack_rows(parts, width)
+    y = BOARD_MARGIN + height
     row_h = 0
-    for p in parts:
-        bx0, by0, bx1, by1 = rotated_bbox(p.cell, p.rot, p.bottom)
-        w = bx1 - bx0
-        if x + w > BOARD_MARGIN + width and x > BOARD_MARGIN:
-            x = BOARD_MARGIN
-            y += row_h + ROW_GAP
-            row_h = 0
-        p.x = x - bx0
-        p.y = y - by0
-        x += w + ROW_GAP
-        row_h = max(row_h, by1 - by0)
     board_w = BOARD_MARGIN + width + BOARD_MARGIN
-    board_h = ((y + row_h + BOARD_MARGIN) // 1000 + 1) * 1000
+    board_h = ((y + BOARD_MARGIN) // 1000 + 1) * 1000
 
     # Mounting holes in the corners, outside the packed area.
     mtg = by_name["MTG_M3"]
