@@ -682,52 +682,44 @@ void PolyArcIntersectionGraph::MergeCommonEdges()
 
 void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
 {
-    const auto flipped = [mode](const Edge* e, const Edge* f)
-    { return mode > k_Intersection && e->m_Owner != f->m_Owner; };
+    // Copies of one boundary piece, made bitwise equal or opposite by the
+    // merging, are counted by the side their material lies on. In the
+    // subtraction and the symmetric difference the second operand counts
+    // from its outside, as if flipped. Copies facing both ways have material
+    // on both sides and all vanish (two pads sharing a side); copies facing
+    // one way leave one of them (a void flush with the plane's edge). Three
+    // or more copies, which a collection can bring, follow the same rule.
+    const auto flipped = [mode](const Edge* e) { return mode > k_Intersection && e->m_Owner == 1; };
     for (std::vector<Edge*>& group : GetCommonGroups(m_Edges))
     {
-        const Vertex* a = group.front()->m_StartVertex;
-        std::vector<Edge*> l1, l2;
-        for (Edge* e : group)
-            if (!e->m_Visited)
-                (e->m_StartVertex == a ? l1 : l2).push_back(e);
-        if (group.front()->m_StartVertex == group.front()->m_EndVertex)
-            l2 = l1;
-        // Opposite copies cancel.
-        for (Edge* e : l1)
-            for (Edge* f : l2)
+        std::vector<bool> done(group.size(), false);
+        for (size_t i = 0; i < group.size(); ++i)
+        {
+            if (done[i] || group[i]->m_Visited)
+                continue;
+            const Edge& e = *group[i];
+            std::vector<Edge*> copies;
+            bool forward = false, backward = false;
+            for (size_t j = i; j < group.size(); ++j)
             {
-                if (e == f || e->m_Visited || f->m_Visited)
+                Edge* f = group[j];
+                if (done[j] || f->m_Visited)
                     continue;
-                const Arc cmp = flipped(e, f) ? e->m_Arc.GetReversed() : e->m_Arc;
-                if (f->m_Arc == cmp.GetReversed())
-                    e->m_Visited = f->m_Visited = true;
+                const bool same_way = j == i || IsSameWay(e, *f);
+                const Arc along = same_way ? f->m_Arc : f->m_Arc.GetReversed();
+                if (along != e.m_Arc)
+                    continue;
+                done[j] = true;
+                copies.push_back(f);
+                (same_way != flipped(f) ? forward : backward) = true;
             }
-        for (std::vector<Edge*>* list : {&l1, &l2})
-            for (size_t i = 0; i < list->size(); ++i)
-                for (size_t j = i + 1; j < list->size(); ++j)
-                {
-                    Edge* e = (*list)[i];
-                    Edge* f = (*list)[j];
-                    if (e->m_Visited || f->m_Visited)
-                        continue;
-                    const bool flip = flipped(e, f);
-                    if ((flip && e->m_Arc == f->m_Arc) || (!flip && e->m_Arc == f->m_Arc.GetReversed()))
-                        e->m_Visited = f->m_Visited = true;
-                }
-        // Equal copies keep one.
-        for (std::vector<Edge*>* list : {&l1, &l2})
-            for (size_t i = 0; i < list->size(); ++i)
-                for (size_t j = i + 1; j < list->size(); ++j)
-                {
-                    Edge* e = (*list)[i];
-                    Edge* f = (*list)[j];
-                    if (e->m_Visited || f->m_Visited)
-                        continue;
-                    const bool flip = flipped(e, f);
-                    if ((!flip && e->m_Arc == f->m_Arc) || (flip && e->m_Arc == f->m_Arc.GetReversed()))
-                        f->m_Visited = true;
-                }
+            if (forward && backward)
+                for (Edge* f : copies)
+                    f->m_Visited = true;
+            else
+                for (size_t k = 1; k < copies.size(); ++k)
+                    copies[k]->m_Visited = true;
+        }
     }
 }
 

@@ -15,6 +15,7 @@
 #pragma GCC optimize("O2")
 #endif
 #include "lib/math/geometry/PolyArcIntersectionGraph.h"
+#include "lib/math/geometry/PolyArcIntersectionGraph2.h"
 
 #include <gtest/gtest.h>
 
@@ -469,10 +470,12 @@ void RunCase(const PolygonWithHoles& a, const PolygonWithHoles& b, const std::st
     const double tolerance = 2 * k_Deviation * (GetLength(ca) + GetLength(cb)) +
                              4 * k_Accuracy.GetValue() * (GetLength(ca) + GetLength(cb)) + 1e-9;
     double area[4];
+    PolygonWithHolesCollection results[4];
     for (int m = 0; m < 4; ++m)
     {
         const Graph::Mode mode = static_cast<Graph::Mode>(m);
         const PolygonWithHolesCollection ours = Graph(a, b, k_Accuracy).GetResult(mode);
+        results[m] = ours;
         area[m] = ours.GetArea().GetValue();
         const double expected = bg::area(GetBoostResult(ba, bb, mode));
         const double error = std::fabs(area[m] - expected);
@@ -490,6 +493,12 @@ void RunCase(const PolygonWithHoles& a, const PolygonWithHoles& b, const std::st
     EXPECT_NEAR(area[Graph::k_Subtraction] + area[Graph::k_Intersection], area_a, exact) << label;
     EXPECT_NEAR(area[Graph::k_SymmetricDifference], area[Graph::k_Union] - area[Graph::k_Intersection], exact)
         << label;
+    // A - B and A & B don't overlap: their flattened copies share no more
+    // than the flattening error.
+    BMulti overlap;
+    bg::intersection(ToBoost(results[Graph::k_Subtraction]), ToBoost(results[Graph::k_Intersection]),
+                     overlap);
+    EXPECT_LE(bg::area(overlap), tolerance) << label;
     ++tally.m_Cases;
 }
 } // namespace
@@ -535,4 +544,112 @@ TEST(BooleanDifferential, AwkwardPairsAgainstBoost)
     }
     std::printf("awkward: %d cases, %d results, max area error %.3g (%.2f of tolerance)\n", tally.m_Cases,
                 tally.m_Results, tally.m_MaxAreaError, tally.m_MaxRelativeError);
+}
+
+namespace
+{
+double GetLength(const std::vector<PolygonWithHoles>& shapes)
+{
+    return GetLength(PolygonWithHolesCollection(shapes));
+}
+} // namespace
+
+TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
+{
+    // A plane's pads, traces and boxes overlap freely: their union through
+    // one graph, and a plane of several pieces minus that union.
+    ShapeMaker maker(99);
+    Tally tally;
+    const int cases = std::max(1, GetCaseCount(200) / 4);
+    for (int i = 0; i < cases; ++i)
+    {
+        std::vector<PolygonWithHoles> shapes;
+        const int n = 2 + maker.Pick(12);
+        for (int k = 0; k < n; ++k)
+            shapes.push_back(maker.Pick(3)
+                                 ? maker.Any()
+                                 : maker.Nasty(shapes.empty() ? maker.Disk() : shapes.back(), maker.Pick(8)));
+        const PolygonWithHolesCollection input(shapes);
+        bool valid = true;
+        for (const PolygonWithHoles& s : shapes)
+            valid =
+                valid && CheckResult(PolygonWithHolesCollection(std::vector<PolygonWithHoles>{s})).empty();
+        if (!valid)
+            continue;
+        const std::string label = "collection case " + std::to_string(i);
+        if (std::getenv("TNF_BOOLEAN_ONLY"))
+        {
+            if (std::atoi(std::getenv("TNF_BOOLEAN_ONLY")) != i)
+                continue;
+            for (const PolygonWithHoles& r : shapes)
+            {
+                std::printf("shape\n");
+                for (const Polygon* c : {&r.GetPolygon()})
+                    for (const Arc& e : c->GetEdges())
+                        std::printf("%.17g %.17g %.17g %.17g %.17g %.17g\n", e.GetStart().m_X.GetValue(),
+                                    e.GetStart().m_Y.GetValue(), e.GetEnd().m_X.GetValue(),
+                                    e.GetEnd().m_Y.GetValue(), e.GetHeight().GetValue(),
+                                    e.GetCenterAzimuth().GetValue());
+                for (const Polygon& h : r.GetHoles())
+                {
+                    std::printf("hole\n");
+                    for (const Arc& e : h.GetEdges())
+                        std::printf("%.17g %.17g %.17g %.17g %.17g %.17g\n", e.GetStart().m_X.GetValue(),
+                                    e.GetStart().m_Y.GetValue(), e.GetEnd().m_X.GetValue(),
+                                    e.GetEnd().m_Y.GetValue(), e.GetHeight().GetValue(),
+                                    e.GetCenterAzimuth().GetValue());
+                }
+            }
+        }
+        const double tolerance =
+            2 * k_Deviation * GetLength(shapes) + 4 * k_Accuracy.GetValue() * GetLength(shapes) + 1e-9;
+        const PolygonWithHolesCollection ours = PolyArcIntersectionGraph2(input, k_Accuracy).GetResult();
+        BMulti expected;
+        for (const PolygonWithHoles& s : shapes)
+        {
+            BMulti u;
+            bg::union_(expected, ToBoost(PolygonWithHolesCollection(std::vector<PolygonWithHoles>{s})), u);
+            expected = u;
+        }
+        const double error = std::fabs(ours.GetArea().GetValue() - bg::area(expected));
+        tally.m_MaxAreaError = std::max(tally.m_MaxAreaError, error);
+        ++tally.m_Results;
+        EXPECT_LE(error, tolerance) << label << " union";
+        EXPECT_EQ(CheckResult(ours), "") << label << " union";
+        // A plane of two rounded boxes minus the union.
+        const Box box = input.GetBBox();
+        const Point c = box.GetCenter();
+        const PolygonWithHolesCollection plane(std::vector<PolygonWithHoles>{
+            PolygonWithHoles(Polygon(
+                Box(Point(box.GetMinX() - 1, box.GetMinY() - 1), Point(c.m_X - 0.3, box.GetMaxY() + 1)),
+                Unit(0.2))),
+            PolygonWithHoles(Polygon(
+                Box(Point(c.m_X + 0.3, box.GetMinY() - 1), Point(box.GetMaxX() + 1, box.GetMaxY() + 1)),
+                Unit(0.2)))});
+        const PolygonWithHolesCollection cut = plane.Subtract(ours, k_Accuracy);
+        if (std::getenv("TNF_BOOLEAN_DEBUG"))
+        {
+            std::printf("union %d entries %d holes area %g; plane %g; cut %d entries area %g\n", ours.size(),
+                        0, ours.GetArea().GetValue(), plane.GetArea().GetValue(), cut.size(),
+                        cut.GetArea().GetValue());
+            const PolygonWithHolesCollection direct =
+                PolyArcIntersectionGraph(plane, ours, k_Accuracy).GetResult(Graph::k_Subtraction);
+            std::printf("direct graph %d entries area %g\n", direct.size(), direct.GetArea().GetValue());
+            for (const PolygonWithHoles& r : cut)
+                std::printf("  entry area %g holes %d\n", r.GetArea().GetValue(), r.GetHoles().size());
+        }
+        BMulti expected_cut;
+        bg::difference(ToBoost(plane), expected, expected_cut);
+        const double cut_tolerance = tolerance + 2 * k_Deviation * GetLength(plane);
+        const double cut_error = std::fabs(cut.GetArea().GetValue() - bg::area(expected_cut));
+        tally.m_MaxAreaError = std::max(tally.m_MaxAreaError, cut_error);
+        ++tally.m_Results;
+        EXPECT_LE(cut_error, cut_tolerance) << label << " plane minus union";
+        EXPECT_EQ(CheckResult(cut), "") << label << " plane minus union";
+        ++tally.m_Cases;
+        if (HasFailure())
+            break;
+    }
+    std::printf("collections: %d cases, %d results, max area error %.3g\n", tally.m_Cases, tally.m_Results,
+                tally.m_MaxAreaError);
 }
