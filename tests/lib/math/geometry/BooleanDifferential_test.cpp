@@ -276,15 +276,7 @@ std::string CheckResult(const PolygonWithHolesCollection& c)
             if (!all[i].GetBBox().IntersectsWith(all[j].GetBBox()))
                 continue;
             if (CrossAwayFromEnds(all[i], all[j], 1e-4))
-            {
-                if (std::getenv("TNF_BOOLEAN_DEBUG"))
-                    for (const Arc* e : {&all[i], &all[j]})
-                        std::printf("  edge (%.17g %.17g) (%.17g %.17g) h %.17g\n",
-                                    e->GetStart().m_X.GetValue(), e->GetStart().m_Y.GetValue(),
-                                    e->GetEnd().m_X.GetValue(), e->GetEnd().m_Y.GetValue(),
-                                    e->GetHeight().GetValue());
                 return "edges cross";
-            }
         }
     return "";
 }
@@ -429,6 +421,32 @@ int GetCaseCount(int by_default)
     return text ? std::max(1, std::atoi(text)) : by_default;
 }
 
+// With TNF_BOOLEAN_ONLY=n only case n runs, and its shapes are printed
+// exactly (ends, height, centre azimuth per edge) to replay a failure.
+bool SkipCase(int i, const std::vector<PolygonWithHoles>& shapes)
+{
+    const char* only = std::getenv("TNF_BOOLEAN_ONLY");
+    if (!only)
+        return false;
+    if (std::atoi(only) != i)
+        return true;
+    for (const PolygonWithHoles& r : shapes)
+    {
+        std::vector<Polygon> contours{r.GetPolygon()};
+        for (const Polygon& h : r.GetHoles())
+            contours.push_back(h);
+        for (size_t c = 0; c < contours.size(); ++c)
+        {
+            std::printf(c == 0 ? "shape\n" : "hole\n");
+            for (const Arc& e : contours[c].GetEdges())
+                std::printf("%.17g %.17g %.17g %.17g %.17g %.17g\n", e.GetStart().m_X.GetValue(),
+                            e.GetStart().m_Y.GetValue(), e.GetEnd().m_X.GetValue(), e.GetEnd().m_Y.GetValue(),
+                            e.GetHeight().GetValue(), e.GetCenterAzimuth().GetValue());
+        }
+    }
+    return false;
+}
+
 BMulti GetBoostResult(const BMulti& a, const BMulti& b, Graph::Mode mode)
 {
     BMulti ret;
@@ -511,6 +529,8 @@ TEST(BooleanDifferential, RandomPairsAgainstBoost)
     for (int i = 0; i < cases; ++i)
     {
         const PolygonWithHoles a = maker.Any(), b = maker.Any();
+        if (SkipCase(i, {a, b}))
+            continue;
         RunCase(a, b, "random case " + std::to_string(i), tally);
         if (HasFailure())
             break;
@@ -529,15 +549,8 @@ TEST(BooleanDifferential, AwkwardPairsAgainstBoost)
         const int kind = i % 8;
         const PolygonWithHoles a = kind == 7 ? maker.Disk() : maker.Any();
         const PolygonWithHoles b = maker.Nasty(a, kind);
-        if (std::getenv("TNF_BOOLEAN_ONLY") && std::atoi(std::getenv("TNF_BOOLEAN_ONLY")) != i)
+        if (SkipCase(i, {a, b}))
             continue;
-        if (std::getenv("TNF_BOOLEAN_ONLY"))
-            for (const PolygonWithHoles* r : {&a, &b})
-                for (const Arc& e : r->GetPolygon().GetEdges())
-                    std::printf("  edge (%.17g %.17g) (%.17g %.17g) h %.17g az %.17g\n",
-                                e.GetStart().m_X.GetValue(), e.GetStart().m_Y.GetValue(),
-                                e.GetEnd().m_X.GetValue(), e.GetEnd().m_Y.GetValue(),
-                                e.GetHeight().GetValue(), e.GetCenterAzimuth().GetValue());
         RunCase(a, b, "awkward case " + std::to_string(i) + " kind " + std::to_string(kind), tally);
         if (HasFailure())
             break;
@@ -577,30 +590,8 @@ TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
         if (!valid)
             continue;
         const std::string label = "collection case " + std::to_string(i);
-        if (std::getenv("TNF_BOOLEAN_ONLY"))
-        {
-            if (std::atoi(std::getenv("TNF_BOOLEAN_ONLY")) != i)
-                continue;
-            for (const PolygonWithHoles& r : shapes)
-            {
-                std::printf("shape\n");
-                for (const Polygon* c : {&r.GetPolygon()})
-                    for (const Arc& e : c->GetEdges())
-                        std::printf("%.17g %.17g %.17g %.17g %.17g %.17g\n", e.GetStart().m_X.GetValue(),
-                                    e.GetStart().m_Y.GetValue(), e.GetEnd().m_X.GetValue(),
-                                    e.GetEnd().m_Y.GetValue(), e.GetHeight().GetValue(),
-                                    e.GetCenterAzimuth().GetValue());
-                for (const Polygon& h : r.GetHoles())
-                {
-                    std::printf("hole\n");
-                    for (const Arc& e : h.GetEdges())
-                        std::printf("%.17g %.17g %.17g %.17g %.17g %.17g\n", e.GetStart().m_X.GetValue(),
-                                    e.GetStart().m_Y.GetValue(), e.GetEnd().m_X.GetValue(),
-                                    e.GetEnd().m_Y.GetValue(), e.GetHeight().GetValue(),
-                                    e.GetCenterAzimuth().GetValue());
-                }
-            }
-        }
+        if (SkipCase(i, shapes))
+            continue;
         const double tolerance =
             2 * k_Deviation * GetLength(shapes) + 4 * k_Accuracy.GetValue() * GetLength(shapes) + 1e-9;
         const PolygonWithHolesCollection ours = PolyArcIntersectionGraph2(input, k_Accuracy).GetResult();
@@ -627,17 +618,6 @@ TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
                 Box(Point(c.m_X + 0.3, box.GetMinY() - 1), Point(box.GetMaxX() + 1, box.GetMaxY() + 1)),
                 Unit(0.2)))});
         const PolygonWithHolesCollection cut = plane.Subtract(ours, k_Accuracy);
-        if (std::getenv("TNF_BOOLEAN_DEBUG"))
-        {
-            std::printf("union %d entries %d holes area %g; plane %g; cut %d entries area %g\n", ours.size(),
-                        0, ours.GetArea().GetValue(), plane.GetArea().GetValue(), cut.size(),
-                        cut.GetArea().GetValue());
-            const PolygonWithHolesCollection direct =
-                PolyArcIntersectionGraph(plane, ours, k_Accuracy).GetResult(Graph::k_Subtraction);
-            std::printf("direct graph %d entries area %g\n", direct.size(), direct.GetArea().GetValue());
-            for (const PolygonWithHoles& r : cut)
-                std::printf("  entry area %g holes %d\n", r.GetArea().GetValue(), r.GetHoles().size());
-        }
         BMulti expected_cut;
         bg::difference(ToBoost(plane), expected, expected_cut);
         const double cut_tolerance = tolerance + 2 * k_Deviation * GetLength(plane);
