@@ -175,10 +175,10 @@ struct IndexedPoint
 };
 
 // The piece of an edge between two of its points, rebuilt on the edge's own
-// circle so that the piece's ends are exactly the given points. A piece of a
-// few accuracies' length bends by far less than the accuracy and is straight:
-// its ends, moved by snapping, no longer fit the circle well enough to
-// derive a centre from them.
+// circle so that the piece's ends are exactly the given points. A piece
+// whose sagitta (length^2 / 8 r) stays under half the accuracy is straight:
+// its ends, moved by snapping by up to the accuracy, fit the circle too
+// loosely for a centre to be derived from them.
 Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, double to, Unit accuracy)
 {
     if (arc.GetStart() == a && arc.GetEnd() == b)
@@ -188,7 +188,7 @@ Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, doubl
     // The piece's length along the arc, not its chord, tells a short piece
     // from the long rest of a circle cut near its start.
     const Unit along = arc.GetLength() * (to - from);
-    if (a != b && along < accuracy * 100.0)
+    if (a != b && along * along < arc.GetRadius() * accuracy * 4.0)
         return Arc(a, b, k_Unit_0);
     if (a == b)
         return Arc(a, b, arc.GetHeight(), arc.GetCenterAzimuth()); // a full circle whose start moved
