@@ -62,7 +62,7 @@ void ExpeditionParser::Read(ElementList& elements)
     ReadPlanes(m_LayoutUnitFactor);
     CompleteNets();
     ReadNetClasses();
-    CleanPlaneShapes();
+    CleanPlaneShapes(elements);
     ReadPartDatabase();
     CollectUsedPads(elements);
 }

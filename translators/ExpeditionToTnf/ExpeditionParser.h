@@ -46,7 +46,7 @@ public:
     bool ReadPlanes(double factor);
     void CompleteNets();
     void ReadNetClasses();
-    void CleanPlaneShapes();
+    void CleanPlaneShapes(ElementList& elements);
     void ReadPartDatabase();
     void CollectUsedPads(ElementList& elements);
 
@@ -123,6 +123,7 @@ public:
     std::set<AString> m_OppSidePadStacks;
     std::vector<std::pair<AString, AString>> m_PlaneNets; // net name, layer name
     ExpeditionShapes* m_RouteBorder = nullptr;
+    std::vector<geom::Polygon> m_Cutouts; // board cut-outs taken out of the copper; no reader fills it
     std::vector<ExpeditionLayoutNet*> m_Nets;
     std::vector<ExpeditionPadStack*> m_PadStacks;
     std::vector<ExpeditionPad*> m_Pads;
@@ -284,6 +285,9 @@ private:
                     const AString& layer);
 
     void ReadPlaneBlock(io::CBlock& block, double factor);
+    void CleanShape(ExpeditionShapes& shape, bool hasBoard,
+                    std::vector<std::vector<ExpeditionShapes*>>& withVoids,
+                    std::vector<ExpeditionShapes*>& singles);
     geom::Polygon ReadPlaneCutout(io::CBlock& contour, double factor);
 
     // Plane geometry of the nets, built from what the readers found.
