@@ -17,6 +17,7 @@ ExpeditionParser::~ExpeditionParser()
     for (auto& [name, loops] : m_PadLoops)
         DeleteOwned_G(loops);
     DeleteOwned_G(m_LoosePads);
+    delete m_RouteBorder;
     for (auto& [part, values] : m_PartValues)
         delete values;
     delete m_DefaultSmdPadConnection;

@@ -141,7 +141,8 @@ protected:
         {
             ASSERT_TRUE(fs::exists(first / name)) << name;
             // Compared as a whole, without printing megabytes on a failure.
-            EXPECT_TRUE(ReadAll(first / name) == ReadAll(second / name)) << name << " differs between two runs";
+            EXPECT_TRUE(ReadAll(first / name) == ReadAll(second / name))
+                << name << " differs between two runs";
         }
         EXPECT_EQ(fs::exists(first / "Planes.hkp"), planesFile);
 
@@ -169,8 +170,9 @@ protected:
         // The plane paths of the generated data: one outline per plane
         // layer, the rest voids.
         const std::string generated = layout.substr(layout.find("\n.GENERATED_DATA\n"));
-        const long planePaths = CountLines(generated, "...CIRCLE_PATH") + CountLines(generated, "...RECT_PATH") +
-                                CountLines(generated, "...POLYARC_PATH") + CountLines(generated, "...POLYLINE_PATH");
+        const long planePaths =
+            CountLines(generated, "...CIRCLE_PATH") + CountLines(generated, "...RECT_PATH") +
+            CountLines(generated, "...POLYARC_PATH") + CountLines(generated, "...POLYLINE_PATH");
         EXPECT_EQ(SummaryValue(summary, "plane_voids"), planePaths - CountLines(generated, "..PLANE_LYR "));
 
         ASSERT_EQ(Translate(), 0);
