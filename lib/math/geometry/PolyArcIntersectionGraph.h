@@ -47,6 +47,7 @@ public:
         Vertex* m_EndVertex = nullptr;
         InsideOther m_InsideOther = k_OutsideOtherEdge;
         int m_Owner = 0; // 0 for the first operand, 1 for the second
+        int m_Group = 0; // the contour group: the operand, or the entry of one collection
         bool m_Visited = false;
     };
 

@@ -506,6 +506,7 @@ void PolyArcIntersectionGraph::Fill(const std::vector<Contour>& input, const Poi
             e.m_Arc = arc;
             e.m_InsideOther = inside_other;
             e.m_Owner = c.m_Owner;
+            e.m_Group = c.m_Group;
             m_Edges.push_back(e);
             edge_contours.push_back(&c);
             locations.push_back(arc.GetStart());
@@ -610,7 +611,7 @@ void PolyArcIntersectionGraph::RecheckCommonEdges(const PointClassifier& classif
                 group.begin(), group.end(),
                 [&](const Edge* f)
                 {
-                    return f != e && f->m_Owner != e->m_Owner &&
+                    return f != e && f->m_Group != e->m_Group &&
                            (GetHeightAlong(*e, *f) - e->m_Arc.GetHeight()).GetAbs() <= m_CalcAccuracy;
                 });
             if (partnered)

@@ -217,6 +217,26 @@ TEST(BooleanOperations, CollectionsSubtractUniteAndSelfUnion)
     ASSERT_EQ(strip.size(), 1);
     EXPECT_DOUBLE_EQ(AreaOf(strip), 4.0);
     EXPECT_EQ(strip.begin()->GetPolygon().GetEdgeCount(), 4);
+    // A pad that fills half of a void, brought twice: the two copies of its
+    // arc in the void are one boundary.
+    PolygonWithHoles ring(Rect(0, 0, 10, 10));
+    ring.AddHole(Rect(3, 3, 7, 7));
+    const PolygonWithHolesCollection pads(std::vector<PolygonWithHoles>{ring, PolygonWithHoles(Disk(5, 3, 1)),
+                                                                        PolygonWithHoles(Disk(5, 3, 1))});
+    const PolygonWithHolesCollection patched = PolyArcIntersectionGraph2(pads, k_Accuracy).GetResult();
+    ASSERT_EQ(patched.size(), 1);
+    EXPECT_EQ(HoleCount(patched), 1);
+    EXPECT_NEAR(AreaOf(patched), 84 + M_PI / 2, 1e-12);
+    // The same with a pad whose circle passes 4e-7 from a corner of the
+    // void: snapped to the corner, its pieces are rebuilt off the true
+    // circle, and only pairing the copies keeps them one boundary. Two
+    // routes must agree: the pad brought twice and the pair of operands.
+    const Polygon near_corner = Disk(3 - 0.6, 3 + 0.8, 1 + 4e-7);
+    const PolygonWithHolesCollection twice(std::vector<PolygonWithHoles>{
+        ring, PolygonWithHoles(near_corner), PolygonWithHoles(Polygon(near_corner.GetEdges(), false))});
+    EXPECT_NEAR(AreaOf(PolyArcIntersectionGraph2(twice, k_Accuracy).GetResult()),
+                AreaOf(Graph(ring, PolygonWithHoles(near_corner), k_Accuracy).GetResult(Graph::k_Union)),
+                1e-9);
     // A ring of four boxes around an empty middle: the middle is a hole.
     const PolygonWithHolesCollection frame =
         PolygonWithHolesCollection(std::vector<PolygonWithHoles>{PolygonWithHoles(Rect(0, 0, 4, 1)),
