@@ -573,6 +573,7 @@ TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
     // one graph, and a plane of several pieces minus that union.
     ShapeMaker maker(99);
     Tally tally;
+    int unjudged = 0;
     const int cases = std::max(1, GetCaseCount(200) / 4);
     for (int i = 0; i < cases; ++i)
     {
@@ -595,12 +596,27 @@ TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
         const double tolerance =
             2 * k_Deviation * GetLength(shapes) + 4 * k_Accuracy.GetValue() * GetLength(shapes) + 1e-9;
         const PolygonWithHolesCollection ours = PolyArcIntersectionGraph2(input, k_Accuracy).GetResult();
-        BMulti expected;
-        for (const PolygonWithHoles& s : shapes)
+        // Boost folds the union one shape at a time. On shapes that nearly
+        // share edges its fold can go wrong (a union smaller than a union of
+        // fewer shapes); folding in the opposite order shows it, and such a
+        // case is left out as unjudged.
+        BMulti expected, backwards;
+        for (size_t k = 0; k < shapes.size(); ++k)
         {
-            BMulti u;
-            bg::union_(expected, ToBoost(PolygonWithHolesCollection(std::vector<PolygonWithHoles>{s})), u);
+            BMulti u, w;
+            bg::union_(expected,
+                       ToBoost(PolygonWithHolesCollection(std::vector<PolygonWithHoles>{shapes[k]})), u);
             expected = u;
+            bg::union_(backwards,
+                       ToBoost(PolygonWithHolesCollection(
+                           std::vector<PolygonWithHoles>{shapes[shapes.size() - 1 - k]})),
+                       w);
+            backwards = w;
+        }
+        if (std::fabs(bg::area(expected) - bg::area(backwards)) > tolerance)
+        {
+            ++unjudged;
+            continue;
         }
         const double error = std::fabs(ours.GetArea().GetValue() - bg::area(expected));
         tally.m_MaxAreaError = std::max(tally.m_MaxAreaError, error);
@@ -630,6 +646,6 @@ TEST(BooleanDifferential, UnionOfOneCollectionAndPlanesMinusVoids)
         if (HasFailure())
             break;
     }
-    std::printf("collections: %d cases, %d results, max area error %.3g\n", tally.m_Cases, tally.m_Results,
-                tally.m_MaxAreaError);
+    std::printf("collections: %d cases, %d results, max area error %.3g, %d unjudged\n", tally.m_Cases,
+                tally.m_Results, tally.m_MaxAreaError, unjudged);
 }
