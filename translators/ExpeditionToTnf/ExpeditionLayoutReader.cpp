@@ -310,13 +310,12 @@ void ExpeditionParser::AddNetlistEntries(const ExpeditionComponent& component, E
             elements.push_back(new ExpeditionNetlist(pin->m_NetName, 1, {connection}));
             continue;
         }
-        bool present = false;
-        for (const AString& existing : netlist->m_Pins)
-            if (existing.CompareNoCase(connection) == 0)
-            {
-                present = true;
-                break;
-            }
+        // Each connection once, without regard to case; a set per net keeps
+        // this from growing with the square of a large net's pins.
+        auto& connections = m_NetlistConnections[netlist];
+        if (connections.empty())
+            connections.insert(netlist->m_Pins.begin(), netlist->m_Pins.end());
+        const bool present = !connections.insert(connection).second;
         if (!present)
         {
             ++netlist->m_PinCount;

@@ -18,6 +18,7 @@
 
 #include <map>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -330,6 +331,9 @@ private:
     ExpeditionNameIndex<ExpeditionLayoutNet> m_NetIndex;
     ExpeditionNameIndex<ExpeditionLayoutNet> m_ElementNetIndex;
     ExpeditionNameIndex<ExpeditionNetlist> m_NetlistIndex;
+    std::unordered_map<const ExpeditionNetlist*,
+                       std::unordered_set<std::wstring, AStringNoCaseHash, AStringNoCaseEqual>>
+        m_NetlistConnections;
     ExpeditionNameIndex<ExpeditionPadStack> m_PadStackListIndex;
     std::unordered_set<std::wstring, AStringNoCaseHash, AStringNoCaseEqual> m_MultiLoopPadNames;
     size_t m_MultiLoopPadsScanned = 0;

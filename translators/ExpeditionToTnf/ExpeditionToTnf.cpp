@@ -15,8 +15,14 @@ using io::CBlockFuncPtr;
 using io::CBlockPtr;
 using io::CNamed_value_manip;
 
+ExpeditionToTnf::ExpeditionToTnf() = default;
+
 ExpeditionToTnf::~ExpeditionToTnf()
 {
+    m_RunTree = CBlockPtr();
+    m_RunParser.reset();
+    for (auto it = m_RunElements.rbegin(); it != m_RunElements.rend(); ++it)
+        delete *it;
     for (auto& [name, slots] : m_PadStackLayers)
         for (PadStackLayerEntry* slot : slots)
             delete slot;
@@ -144,10 +150,11 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
         values = nullptr;
     }
 
-    // 22. The run is over; the elements go with it.
-    parser.reset();
-    for (auto it = elements.rbegin(); it != elements.rend(); ++it)
-        delete *it;
+    // 22. The run is over. What it built is freed with the driver, so that a
+    // program about to end can leave that to the system.
+    m_RunParser = std::move(parser);
+    m_RunElements = std::move(elements);
+    m_RunTree = root;
 }
 
 CBlockPtr ExpeditionToTnf::WriteLayoutData(ElementList& elements)

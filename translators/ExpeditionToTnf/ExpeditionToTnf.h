@@ -12,6 +12,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
 
 #include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -38,7 +39,7 @@ struct PadStackLayerEntry
 class ExpeditionToTnf
 {
 public:
-    ExpeditionToTnf() = default;
+    ExpeditionToTnf();
     ~ExpeditionToTnf();
     ExpeditionToTnf(const ExpeditionToTnf&) = delete;
     ExpeditionToTnf& operator=(const ExpeditionToTnf&) = delete;
@@ -98,6 +99,11 @@ public:
                                 double width);
 
 private:
+    // What a run built: the model, the reader and the block tree.
+    ElementList m_RunElements;
+    std::unique_ptr<ExpeditionParser> m_RunParser;
+    io::CBlockPtr m_RunTree;
+
     void WriteBoardOutline(io::CBlock& block, ExpeditionShapes& outline);
     void WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour);
     void WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net);
