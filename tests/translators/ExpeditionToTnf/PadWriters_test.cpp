@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace
 {
 std::string Text(const io::CBlock& block)
@@ -144,4 +146,65 @@ TEST(PadWriters, PadStacksByTypeWithOffsetsPlanesAndVariants)
     EXPECT_EQ(writer.m_PadStackExtras[L"CUST"], (std::vector<AString>{L"CUST_XTRA_1"}));
     ASSERT_EQ(writer.m_PadStackLayers[L"CUST"].size(), 1u);
     EXPECT_EQ(writer.m_PadStackLayers[L"CUST"][0]->m_PadName, AString(L"CU"));
+}
+
+TEST(BoardWriter, OutlinesAndCutOutsOfEveryKind)
+{
+    ElementList elements;
+    std::vector<ExpeditionShapes*> contours{
+        new ExpeditionRectangle(L"Board", 10, 10, 14, 12, 0.0),
+        new ExpeditionPath(L"Board", 0.1, {new ExpeditionVertex(1, 1, 0)}), // too short: no cut, no id
+        new ExpeditionPolygon(L"Board",
+                              {new ExpeditionVertex(20, 20, 0), new ExpeditionVertex(22, 20, 0.5),
+                               new ExpeditionVertex(21, 22, 0)},
+                              0.3)};
+    elements.push_back(
+        new ExpeditionBoard(0, 0, new ExpeditionRectangle(L"Board", 0, 0, 50, 40, 0.0), contours));
+    elements.push_back(new ExpeditionBoard(0, 0, new ExpeditionCircle(L"Board", 0, 0, 10, 0.2), {}));
+    ExpeditionToTnf writer;
+    writer.m_PhysicalLayers = 6;
+    writer.m_NextShapeId = 40; // the layout nets came first
+    io::CBlockPtr block = writer.WritePhysicalDimensions(elements);
+    std::vector<const io::CBlock_func*> items;
+    for (auto it = block->begin(); it != block->end(); ++it)
+        items.push_back(static_cast<const io::CBlock_func*>(block->Item(it).Item()));
+    ASSERT_EQ(items.size(), 4u);
+    const auto itemText = [](const io::CBlock_item& item)
+    {
+        io::CString_ostream out;
+        out.SetPrecision(10);
+        item.write(out);
+        return out.str();
+    };
+    // A rectangle outline is four vertices without a closing one; the cut-outs
+    // keep their kind and span the stack-up by formed names; ids go on.
+    EXPECT_EQ(itemText(*items[0]),
+              "Polygon(41, 0, vertex(0, 0), vertex(50, 0), vertex(50, 40), vertex(0, 40))");
+    EXPECT_EQ(itemText(*items[1]), "Cut('SIGNAL_1', 'SIGNAL_6', Rectangle(42, 0, 12, 11, 4, 2, 0))");
+    EXPECT_EQ(itemText(*items[2]), "Cut('SIGNAL_1', 'SIGNAL_6', Polygon(43, 0, vertex(20, 20), vertex(22, "
+                                   "20), Arc(0.5), vertex(21, 22)))");
+    // A round board is a polygon of points 20 degrees apart, the last on the
+    // first, all on the circle.
+    const io::CBlock_func& round = *items[3];
+    int id = 0;
+    double width = 0.0;
+    round.GetArgumentValue(0).Query(id);
+    round.GetArgumentValue(1).Query(width);
+    EXPECT_EQ(id, 44);
+    EXPECT_EQ(width, 0.2);
+    ASSERT_EQ(round.GetArgumentCount(), 2u + 19u);
+    std::vector<std::pair<double, double>> points;
+    for (size_t i = 2; i < round.GetArgumentCount(); ++i)
+    {
+        const auto* vertex = dynamic_cast<const io::CBlock_func*>(round.GetArgumentItem(i));
+        ASSERT_NE(vertex, nullptr);
+        double x = 0, y = 0;
+        vertex->GetArgumentValue(0).Query(x);
+        vertex->GetArgumentValue(1).Query(y);
+        EXPECT_NEAR(std::hypot(x, y), 10.0, 1e-9);
+        points.emplace_back(x, y);
+    }
+    EXPECT_EQ(points.front(), points.back());
+    for (auto* e : elements)
+        delete e;
 }
