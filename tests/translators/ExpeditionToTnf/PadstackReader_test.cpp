@@ -202,3 +202,43 @@ TEST_F(PadstackReader, ChamferTakesNoUnitFactor)
     for (auto* e : elements)
         delete e;
 }
+
+TEST_F(PadstackReader, UsedPadstacksAndPadsReachTheFile)
+{
+    WriteMinimalJob();
+    WriteFile("JobPrefs.hkp",
+              "header\n.PHYSICAL_LAYERS 4\n.LAYER_STACKUP_SECTION\n ..SIGNAL_LAYER 1\n"
+              "  ...CONDUCTIVE_LAYER_NUMBER 1\n ..PLANE_LAYER 2\n  ...CONDUCTIVE_LAYER_NUMBER 2\n"
+              " ..SIGNAL_LAYER 3\n  ...CONDUCTIVE_LAYER_NUMBER 3\n ..SIGNAL_LAYER 4\n"
+              "  ...CONDUCTIVE_LAYER_NUMBER 4\n ..ALLOW_BURIED_RESISTORS NO\n");
+    WriteFile("Padstack.hkp", k_Padstacks);
+    WriteFile("Cell.hkp",
+              "header\n.PACKAGE_CELL \"TP\"\n ..PIN \"1\"\n  ...XY (0, 0)\n  ...PADSTACK \"SMD\"\n");
+    WriteFile("Layout.hkp", "header\n.PACKAGE_CELL \"TP\"\n ..XY (1, 1)\n ..ROTATION 0\n ..PIN \"1\"\n"
+                            "  ...PADSTACK \"SMD\"\n.NET \"GND\"\n ..VIA\n  ...XY (2, 2)\n"
+                            "  ...PADSTACK \"VIA_0.3\"\n.BOARD_ORIGIN\n");
+    ASSERT_EQ(Translate(), 0);
+    io::CBlockPtr root = OutputTree();
+    // The pads of the two used padstacks, in the order of the file, and the
+    // null pad; a thermal word made a plain circle pad, which is written.
+    EXPECT_EQ(ChildNames(*ChildBlock(*root, L"PadShapes")),
+              (std::vector<std::string>{"OCT6", "THERM", "RRECT", "'NULLPAD'"}));
+    const io::CBlock* padStacks = ChildBlock(*root, L"PadStacks");
+    ASSERT_NE(padStacks, nullptr);
+    EXPECT_EQ(ChildNames(*padStacks), (std::vector<std::string>{"VIA_0.3", "SMD"}));
+    std::vector<std::string> via;
+    const io::CBlock* viaBlock = ChildBlock(*padStacks, L"VIA_0.3");
+    for (auto it = viaBlock->begin(); it != viaBlock->end(); ++it)
+    {
+        io::CString_ostream out;
+        out.SetPrecision(10);
+        viaBlock->Item(it)->write(out);
+        via.push_back(out.str());
+    }
+    // Layer 2 takes the pad of its LAYER line; layer 3 has no internal pad.
+    const std::string clearance = "Thermal(), NonConnect('THERM', 0, 0, 0, 0))";
+    EXPECT_EQ(via, (std::vector<std::string>{"Hole(0.3)", "Top('OCT6', 0.5, 0, 0, " + clearance,
+                                             "Signal('RRECT', 0.5, 0, 0, " + clearance,
+                                             "Signal('NULLPAD', 0.5, 0, 0, " + clearance,
+                                             "Bottom('OCT6', 0.5, 0, 0, " + clearance}));
+}
