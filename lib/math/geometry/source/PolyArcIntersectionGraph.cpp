@@ -686,10 +686,12 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
     // Copies of one boundary piece, made bitwise equal or opposite by the
     // merging, are counted by the side their material lies on. In the
     // subtraction and the symmetric difference the second operand counts
-    // from its outside, as if flipped. Copies facing both ways have material
-    // on both sides and all vanish (two pads sharing a side); copies facing
-    // one way leave one of them (a void flush with the plane's edge). Three
-    // or more copies, which a collection can bring, follow the same rule.
+    // from its outside, as if flipped. A contour group whose copies go both
+    // ways (a spike of no width) covers neither side. Material on both sides
+    // (two pads sharing a side) or on none makes all copies vanish; material
+    // on one side leaves one copy facing that way (a void flush with the
+    // plane's edge). Any number of copies from any number of entries follow
+    // the same rule.
     const auto flipped = [mode](const Edge* e) { return mode > k_Intersection && e->m_Owner == 1; };
     for (std::vector<Edge*>& group : GetCommonGroups(m_Edges))
     {
@@ -699,8 +701,8 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
             if (done[i] || group[i]->m_Visited)
                 continue;
             const Edge& e = *group[i];
-            std::vector<Edge*> copies;
-            bool forward = false, backward = false;
+            std::vector<std::pair<Edge*, bool>> copies; // with the side they face
+            std::vector<std::pair<int, int>> net;       // contour group, forward minus backward
             for (size_t j = i; j < group.size(); ++j)
             {
                 Edge* f = group[j];
@@ -711,15 +713,24 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
                 if (along != e.m_Arc)
                     continue;
                 done[j] = true;
-                copies.push_back(f);
-                (same_way != flipped(f) ? forward : backward) = true;
+                const bool forward = same_way != flipped(f);
+                copies.emplace_back(f, forward);
+                auto n = std::find_if(net.begin(), net.end(),
+                                      [&](const auto& g) { return g.first == f->m_Group; });
+                if (n == net.end())
+                    n = net.insert(net.end(), {f->m_Group, 0});
+                n->second += forward ? 1 : -1;
             }
-            if (forward && backward)
-                for (Edge* f : copies)
-                    f->m_Visited = true;
-            else
-                for (size_t k = 1; k < copies.size(); ++k)
-                    copies[k]->m_Visited = true;
+            const bool left = std::any_of(net.begin(), net.end(), [](const auto& g) { return g.second > 0; });
+            const bool right =
+                std::any_of(net.begin(), net.end(), [](const auto& g) { return g.second < 0; });
+            bool kept = false;
+            for (auto& [f, forward] : copies)
+            {
+                const bool keep = !kept && left != right && forward == left;
+                kept = kept || keep;
+                f->m_Visited = !keep;
+            }
         }
     }
 }

@@ -129,6 +129,21 @@ TEST(BooleanOperations, VertexWithinAccuracyOfAnEdge)
     EXPECT_NEAR(AreaOf(a.Subtract(b, k_Accuracy)), 1.0, 1e-5);
 }
 
+TEST(BooleanOperations, SpikeAlongAnotherShapesSide)
+{
+    // A triangle whose contour runs out along the box's left side and back:
+    // the spike has no width and covers neither side, so the box's own copy
+    // of that stretch stays its boundary. 1.5 + 4.
+    const Polygon spiky(std::vector<Point>{Point(0, 0), Point(2, 0.5), Point(2, 1), Point(2, 0.5), Point(0, 1.5)},
+                        false);
+    const Polygon box = Rect(2, 0, 4, 2);
+    ASSERT_DOUBLE_EQ(spiky.GetArea().GetValue(), 1.5);
+    EXPECT_DOUBLE_EQ(AreaOf(Graph(spiky, box, k_Accuracy).GetResult(Graph::k_Union)), 5.5);
+    const PolygonCollection both(std::vector<Polygon>{spiky, box});
+    EXPECT_DOUBLE_EQ(AreaOf(PolyArcIntersectionGraph2(both, k_Accuracy).GetResult()), 5.5);
+    EXPECT_DOUBLE_EQ(AreaOf(Graph(box, spiky, k_Accuracy).GetResult(Graph::k_Subtraction)), 4.0);
+}
+
 TEST(BooleanOperations, SliverBelowTheAreaLimitIsDropped)
 {
     // Two boxes overlapping in a strip 1e-9 wide and 1 long: its area lies
