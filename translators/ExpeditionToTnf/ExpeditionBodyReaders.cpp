@@ -21,34 +21,6 @@ bool Is(const AString& token, const wchar_t* keyword)
     return token.CompareNoCase(keyword) == 0;
 }
 
-// "(x, y)" behind an XY keyword, or the older "x, y" without brackets.
-void ReadXY(io::CToken_istream& stream, double& x, double& y)
-{
-    AString scratch;
-    stream >> scratch;
-    if (scratch == L"(")
-        stream >> x >> scratch >> y >> scratch;
-    else
-    {
-        x = std::atof(scratch.AsAnsi().c_str());
-        stream >> scratch >> y;
-    }
-}
-
-// "(x1, y1) (x2, y2)" of a rectangle.
-void ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2)
-{
-    AString scratch;
-    stream >> scratch >> x1 >> scratch >> y1 >> scratch >> scratch >> x2 >> scratch >> y2 >> scratch;
-}
-
-// "(x, y)" of a circle's centre.
-void ReadCentre(io::CToken_istream& stream, double& x, double& y)
-{
-    AString scratch;
-    stream >> scratch >> x >> scratch >> y >> scratch;
-}
-
 // The drawing layer that a graphic keyword stands for.
 AString GraphicLayer(const AString& keyword)
 {
@@ -167,41 +139,47 @@ AString ExpeditionParser::LayerNameOfWord(const AString& word)
     return GetMountLayerName(word);
 }
 
-ExpeditionPin* ExpeditionParser::ReadCellPin(io::CToken_istream& stream, AString& token, double factor)
+void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, bool placed, PinRecord& pin)
 {
-    AString name, netName, padStack, options;
-    double x = 0.0, y = 0.0, rotation = 0.0;
-    std::vector<ExpeditionAttribute> attributes;
-    stream >> name;
+    stream >> pin.m_Name;
     while (!stream.eof())
     {
         const int level = NextToken(stream, token);
         if (Is(token, L"NETNAME"))
-            stream >> netName;
+            stream >> pin.m_NetName;
         else if (Is(token, L"XY"))
-            ReadXY(stream, x, y);
+            ReadXY(stream, pin.m_X, pin.m_Y);
         else if (Is(token, L"ROTATION"))
-            stream >> rotation;
+            stream >> pin.m_Rotation;
         else if (Is(token, L"PIN_OPTIONS"))
         {
-            stream >> options;
-            if (Is(options, L"OPP_SIDE"))
-                m_OppSidePadStacks.insert(padStack); // the name as read so far
+            stream >> pin.m_Options;
+            if (Is(pin.m_Options, L"OPP_SIDE"))
+                m_OppSidePadStacks.insert(pin.m_PadStackName); // the name as read so far
         }
         else if (Is(token, L"PADSTACK"))
-            stream >> padStack;
+            stream >> pin.m_PadStackName;
         else if (Is(token, L"TEXT") && level == 4)
         {
             AString attribute, value;
             stream >> attribute >> value;
-            attributes.emplace_back(attribute, value);
+            pin.m_Attributes.emplace_back(attribute, value);
         }
+        else if (placed && Is(token, L"PID"))
+            stream.NewLine();
         else
             break;
     }
-    if (Is(options, L"OPP_SIDE"))
-        rotation = 180.0 - rotation;
-    return new ExpeditionPin(name, netName, padStack, x * factor, y * factor, rotation, options, attributes);
+    if (Is(pin.m_Options, L"OPP_SIDE"))
+        pin.m_Rotation = 180.0 - pin.m_Rotation;
+}
+
+ExpeditionPin* ExpeditionParser::ReadCellPin(io::CToken_istream& stream, AString& token, double factor)
+{
+    PinRecord pin;
+    ReadPinLines(stream, token, false, pin);
+    return new ExpeditionPin(pin.m_Name, pin.m_NetName, pin.m_PadStackName, pin.m_X * factor,
+                             pin.m_Y * factor, pin.m_Rotation, pin.m_Options, pin.m_Attributes);
 }
 
 void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, double factor,

@@ -19,18 +19,6 @@ bool Is(const AString& token, const wchar_t* keyword)
 
 const wchar_t* const k_NoLayer = L"Tarvex_Dummy";
 
-void ReadXY(io::CToken_istream& stream, double& x, double& y)
-{
-    AString scratch;
-    stream >> scratch;
-    if (scratch == L"(")
-        stream >> x >> scratch >> y >> scratch;
-    else
-    {
-        x = std::atof(scratch.AsAnsi().c_str());
-        stream >> scratch >> y;
-    }
-}
 } // namespace
 
 bool ExpeditionParser::IsPlacedCellKeyword(const AString& token)
@@ -193,42 +181,9 @@ void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& t
 void ExpeditionParser::ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor,
                                      const PlacementState& state, std::vector<ExpeditionPin*>& pins)
 {
-    AString name, netName, padStackName, options;
-    double x = 0.0, y = 0.0, rotation = 0.0;
-    std::vector<ExpeditionAttribute> attributes;
-    stream >> name;
-    while (!stream.eof())
-    {
-        const int level = NextToken(stream, token);
-        if (Is(token, L"NETNAME"))
-            stream >> netName;
-        else if (Is(token, L"XY"))
-            ReadXY(stream, x, y);
-        else if (Is(token, L"ROTATION"))
-            stream >> rotation;
-        else if (Is(token, L"PIN_OPTIONS"))
-        {
-            stream >> options;
-            if (Is(options, L"OPP_SIDE"))
-                m_OppSidePadStacks.insert(padStackName); // the name as read so far
-        }
-        else if (Is(token, L"PADSTACK"))
-            stream >> padStackName;
-        else if (Is(token, L"TEXT"))
-        {
-            if (level != 4)
-                break;
-            AString attribute, value;
-            stream >> attribute >> value;
-            attributes.emplace_back(attribute, value);
-        }
-        else if (Is(token, L"PID"))
-            stream.NewLine();
-        else
-            break;
-    }
-    if (Is(options, L"OPP_SIDE"))
-        rotation = 180.0 - rotation;
+    PinRecord pin;
+    ReadPinLines(stream, token, true, pin);
+    const AString& padStackName = pin.m_PadStackName;
     if (padStackName.empty())
         return; // no padstack, no pin, and no net connection
     const ExpeditionPadStack* padStack = m_PadStackListIndex.Find(
@@ -236,13 +191,13 @@ void ExpeditionParser::ReadPlacedPin(io::CToken_istream& stream, AString& token,
         [](ExpeditionPadStack* p) -> const AString& { return p->m_Name; });
     if (!padStack || !HasMultiLoopPad(padStack))
     {
-        pins.push_back(new ExpeditionPin(name, netName, padStackName, x * factor, y * factor, rotation,
-                                         options, attributes));
+        pins.push_back(new ExpeditionPin(pin.m_Name, pin.m_NetName, padStackName, pin.m_X * factor,
+                                         pin.m_Y * factor, pin.m_Rotation, pin.m_Options, pin.m_Attributes));
         return;
     }
     // A pin on a pad of several loops puts its pads into the net's plane
     // shapes instead of becoming a pin.
-    AddMultiLoopPinShapes(netName, *padStack, x * factor, y * factor, state, factor);
+    AddMultiLoopPinShapes(pin.m_NetName, *padStack, pin.m_X * factor, pin.m_Y * factor, state, factor);
 }
 
 void ExpeditionParser::MakeComponent(AString cellName, const AString& options, PlacementState& state,

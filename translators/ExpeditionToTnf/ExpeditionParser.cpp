@@ -104,6 +104,31 @@ int ExpeditionParser::NextPlainToken(io::CToken_istream& stream, AString& token)
     return reads;
 }
 
+void ExpeditionParser::ReadXY(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch;
+    if (scratch == L"(")
+        stream >> x >> scratch >> y >> scratch;
+    else
+    {
+        x = std::atof(scratch.AsAnsi().c_str());
+        stream >> scratch >> y;
+    }
+}
+
+void ExpeditionParser::ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2)
+{
+    AString scratch;
+    stream >> scratch >> x1 >> scratch >> y1 >> scratch >> scratch >> x2 >> scratch >> y2 >> scratch;
+}
+
+void ExpeditionParser::ReadCentre(io::CToken_istream& stream, double& x, double& y)
+{
+    AString scratch;
+    stream >> scratch >> x >> scratch >> y >> scratch;
+}
+
 double ExpeditionParser::UnitFactor(const AString& text)
 {
     const size_t carriageReturn = text.find(L'\r', 0);

@@ -65,6 +65,11 @@ public:
     // The plainer form: reads past the lone dots, with no limit and no repair
     // of a leading dot. Returns the number of reads.
     static int NextPlainToken(io::CToken_istream& stream, AString& token);
+    // The point behind an XY keyword: "(x, y)", or the older "x, y".
+    static void ReadXY(io::CToken_istream& stream, double& x, double& y);
+    // "(x1, y1) (x2, y2)" of a rectangle, and "(x, y)" of a circle's centre.
+    static void ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2);
+    static void ReadCentre(io::CToken_istream& stream, double& x, double& y);
     // The factor to millimetres of the text behind a units keyword.
     static double UnitFactor(const AString& text);
     // Reads the XY list of a polyline, each point times factor.
@@ -164,6 +169,15 @@ public:
     // Body readers shared by Cell.hkp and Layout.hkp. Each is entered on its
     // keyword and leaves the keyword that ended its record in token.
     ExpeditionPin* ReadCellPin(io::CToken_istream& stream, AString& token, double factor);
+    // The lines of a pin record as the file gives them; a placed pin also
+    // passes over a PID line.
+    struct PinRecord
+    {
+        AString m_Name, m_NetName, m_PadStackName, m_Options;
+        double m_X = 0.0, m_Y = 0.0, m_Rotation = 0.0;
+        std::vector<ExpeditionAttribute> m_Attributes;
+    };
+    void ReadPinLines(io::CToken_istream& stream, AString& token, bool placed, PinRecord& pin);
     void ReadGraphic(io::CToken_istream& stream, AString& token, double factor,
                      std::vector<ExpeditionShapes*>& shapes);
     void ReadText(io::CToken_istream& stream, AString& token, double factor,

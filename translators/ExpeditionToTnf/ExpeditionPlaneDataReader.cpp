@@ -22,17 +22,6 @@ bool IsSkippedAreaLine(const AString& token)
     return false;
 }
 
-void ReadCorners(io::CToken_istream& stream, double& x1, double& y1, double& x2, double& y2)
-{
-    AString scratch;
-    stream >> scratch >> x1 >> scratch >> y1 >> scratch >> scratch >> x2 >> scratch >> y2 >> scratch;
-}
-
-void ReadCentre(io::CToken_istream& stream, double& x, double& y)
-{
-    AString scratch;
-    stream >> scratch >> x >> scratch >> y >> scratch;
-}
 } // namespace
 
 // One CONDUCTIVE_AREA record. Hatching is not kept: a hatched area counts as
