@@ -7,6 +7,7 @@
 // off, so no input can exhaust the stack.
 #include "core/lib/vellum/streamio/Block.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -77,11 +78,9 @@ public:
                 continue;
             }
             m_Pos += 6;
-            const size_t headerStart = m_Pos;
             AString name = ReadQuotedOrWord();
             if (!block.m_Name.empty() && name != block.m_Name)
             {
-                m_Pos = headerStart;
                 SkipBlockBody(0);
                 continue;
             }
@@ -283,6 +282,9 @@ private:
                 return true;
             if (LooksAt("$end"))
             {
+                // The name behind it may be a quoted text of several lines.
+                m_Pos += 4;
+                ReadQuotedOrWord();
                 SkipLine();
                 return true;
             }
@@ -292,7 +294,7 @@ private:
                 CBlockPtr child(ReadQuotedOrWord());
                 if (depth >= k_MaxDepth)
                 {
-                    SkipBlockBody(0);
+                    SkipBlockBody(depth + 1);
                     continue;
                 }
                 ReadBlockBody(*child, depth + 1);
@@ -339,9 +341,18 @@ private:
             SkipLine();
     }
 
-    // Passes over a block whose "$begin" has been read, with all it holds.
-    void SkipBlockBody(int)
+    // Passes over a block whose "$begin" has been read, with all it holds,
+    // reading its items as they are, so that quoted texts of several lines
+    // are passed over whole. Nesting too deep for the reader is cut off
+    // line by line.
+    void SkipBlockBody(int depth)
     {
+        if (depth < 2 * k_MaxDepth)
+        {
+            CBlock scratch;
+            ReadBlockBody(scratch, std::max(depth, k_MaxDepth));
+            return;
+        }
         SkipLine();
         int open = 1;
         while (!AtEnd() && open > 0)

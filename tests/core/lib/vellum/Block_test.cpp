@@ -212,3 +212,23 @@ TEST(Block, RandomTreesRoundTrip)
         EXPECT_EQ(Text(*ReadBack(text, L"Root")), text);
     }
 }
+
+TEST(Block, NamesOfSeveralLinesComeBackWhole)
+{
+    // A block name that holds line ends, a NUL and text that looks like a
+    // block header: the closing line must pass over the whole quoted name.
+    CBlockPtr root(L"Root");
+    std::string odd("Shap\x01");
+    odd.push_back('\0');
+    odd += "\n\t\tD 0,\n\t\t$begin ";
+    CBlockPtr inner(AString(odd.data(), odd.size()));
+    CBlockFuncPtr seg(L"Seg");
+    *seg << 10 << 10;
+    *inner << seg;
+    *root << inner;
+    const std::string text = Text(*root);
+    CBlockPtr back = ReadBack(text, L"Root");
+    ASSERT_EQ(back->size(), 1u);
+    EXPECT_EQ(back->Item(back->begin())->Name(), AString(odd.data(), odd.size()));
+    EXPECT_EQ(Text(*back), text);
+}
