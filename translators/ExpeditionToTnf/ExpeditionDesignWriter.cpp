@@ -15,10 +15,13 @@ using io::CBlockPtr;
 void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
                                       double width)
 {
+    // The end and corner style of every line, held once for the whole file.
+    static const io::CBlock_ptr<io::CBlock_value> round(new io::CBlock_value(AString(L"Round")));
+    static const io::CBlock_ptr<io::CBlock_value> mitered(new io::CBlock_value(AString(L"Radiallymitered")));
     for (const ExpeditionVertex* v : vertices)
     {
         CBlock_func vertex(L"vertex");
-        vertex << v->x << v->y << width << width << AString(L"Round") << AString(L"Radiallymitered") << width;
+        vertex << v->x << v->y << width << width << round << mitered << width;
         function << vertex;
         if (v->arcHeight != 0.0)
         {

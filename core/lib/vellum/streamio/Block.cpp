@@ -250,6 +250,13 @@ CBlock_func& CBlock_func::operator<<(const CBlock_named_value& named)
     return *this;
 }
 
+CBlock_func& CBlock_func::operator<<(const CBlock_ptr<CBlock_value>& shared)
+{
+    if (shared.Item())
+        AddItem(shared.Item());
+    return *this;
+}
+
 CBlock_value CBlock_func::GetArgumentValue(size_t index) const
 {
     if (index >= m_Args.size())

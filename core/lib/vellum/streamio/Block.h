@@ -183,6 +183,8 @@ public:
     CBlock_func& operator<<(const CBlockFuncPtr& nested);
     CBlock_func& operator<<(const CBlock_func& nested);
     CBlock_func& operator<<(const CBlock_named_value& named);
+    // Shares a value item: a text that millions of items repeat is held once.
+    CBlock_func& operator<<(const CBlock_ptr<CBlock_value>& shared);
 
     // Takes the next argument in order; at the end, or when the argument does
     // not convert, the target stays as it was.
