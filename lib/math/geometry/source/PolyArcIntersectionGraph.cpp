@@ -192,7 +192,21 @@ Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, doubl
         return Arc(a, b, k_Unit_0);
     if (a == b)
         return Arc(a, b, arc.GetHeight(), arc.GetCenterAzimuth()); // a full circle whose start moved
-    return Arc(Segment(a, b), arc.GetDirection(), arc.GetCenter());
+    // Normally the piece is placed by the edge's centre. A short chord on
+    // the long rest of a circle can't place it: its snapped ends lie off the
+    // circle by more than the chord allows. That piece takes the edge's
+    // radius, the short or the long way round, whichever passes nearer the
+    // middle of the swept part.
+    const Unit radius = arc.GetRadius();
+    if (a.GetDistanceSquareTo(b) >= radius * accuracy * 100.0)
+        return Arc(Segment(a, b), arc.GetDirection(), arc.GetCenter());
+    const Point middle = arc.GetPointAt((from + to) * 0.5);
+    const Arc short_way(Segment(a, b), radius, arc.GetDirection(), false);
+    const Arc long_way(Segment(a, b), radius, arc.GetDirection(), true);
+    return short_way.GetMiddle().GetDistanceSquareTo(middle) <=
+                   long_way.GetMiddle().GetDistanceSquareTo(middle)
+               ? short_way
+               : long_way;
 }
 } // namespace
 
