@@ -133,3 +133,31 @@ TEST_F(RunFrame, OtherArgumentCountsAskAndEndQuietlyWithoutAWayToAsk)
     EXPECT_FALSE(fs::exists(OutputPath()));
 }
 #endif
+
+#ifndef _WIN32
+TEST_F(RunFrame, AtATerminalItAsksAndReportsMissingCells)
+{
+    if (std::system("command -v script >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "no script(1) to give the program a terminal";
+    WriteMinimalJob();
+    // A placed cell that the cell library lacks.
+    WriteFile("Layout.hkp", ".FILETYPE LAYOUT\n.PACKAGE_CELL \"GHOST\"\n ..XY (1, 1)\n ..ROTATION 0\n");
+    const fs::path session = JobDir().parent_path() / "session.txt";
+    const std::string command =
+        "printf '%s\\n%s\\n' \"" + JobDir().string() + "\" \"" + OutputPath("asked.txt").string() +
+        "\" | script -qec \"'" TNF_TRANSLATOR_EXE "'\" /dev/null >\"" + session.string() + "\" 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    std::ifstream in(session);
+    std::stringstream text;
+    text << in.rdbuf();
+    const std::string seen = text.str();
+    EXPECT_NE(seen.find("Select an ASCII Directory: "), std::string::npos) << seen;
+    EXPECT_NE(seen.find("Save tnf file as ["), std::string::npos) << seen;
+    EXPECT_NE(
+        seen.find("Success Message: asked.tnf written successfully.\r\r\nSome cells were missing in the "
+                  "database and were ignored"),
+        std::string::npos)
+        << seen;
+    EXPECT_TRUE(fs::exists(OutputPath("asked.tnf")));
+}
+#endif
