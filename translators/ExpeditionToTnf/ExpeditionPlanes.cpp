@@ -24,7 +24,7 @@ namespace
 class BoxGrid
 {
 public:
-    explicit BoxGrid(const std::vector<geom::Box>& boxes) : m_Boxes(boxes)
+    explicit BoxGrid(const std::vector<geom::Box>& boxes)
     {
         for (const geom::Box& box : boxes)
             if (!box.IsEmpty())
@@ -79,7 +79,6 @@ private:
         return std::min(m_Cells - 1, static_cast<size_t>(t));
     }
 
-    const std::vector<geom::Box>& m_Boxes;
     geom::Box m_All;
     size_t m_Cells = 1;
     std::vector<std::vector<size_t>> m_Grid;
