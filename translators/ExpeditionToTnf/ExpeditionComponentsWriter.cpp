@@ -13,14 +13,6 @@ using io::CBlockPtr;
 
 namespace
 {
-// The text of the first REF_DES text of a component, or empty.
-AString FirstRefDes(const ExpeditionComponent& component)
-{
-    for (const ExpeditionText* text : component.m_Texts)
-        if (text->m_TextType == L"REF_DES")
-            return text->m_Text;
-    return AString();
-}
 
 bool IsLetter(wchar_t ch)
 {
@@ -122,7 +114,7 @@ void ExpeditionToTnf::ExpandNetPins(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes = FirstRefDes(*component);
+        AString refDes = component->TextOfType(L"REF_DES", false);
         if (refDes.empty())
         {
             refDes = NextFreeRefDes(counter);
@@ -184,7 +176,7 @@ CBlockPtr ExpeditionToTnf::WriteFootprints(ElementList& elements)
 // The leading letters of the reference designator; "U" without one.
 AString ExpeditionToTnf::ComponentPrefix(const ExpeditionComponent& component)
 {
-    const AString refDes = FirstRefDes(component);
+    const AString refDes = component.TextOfType(L"REF_DES", false);
     size_t letters = 0;
     while (letters < refDes.size() && IsLetter(refDes[letters]))
         ++letters;

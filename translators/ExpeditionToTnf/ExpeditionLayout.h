@@ -497,6 +497,26 @@ public:
     ExpeditionComponent* AsComponent() override { return this; }
     const AString& GetFootprintName() const { return m_FootprintName; }
     const std::vector<ExpeditionText*>& GetTexts() const { return m_Texts; }
+    // The first or the last text whose type is exactly textType ("REF_DES",
+    // "PARTNO"), or null.
+    const ExpeditionText* FindText(const wchar_t* textType, bool last) const
+    {
+        const ExpeditionText* found = nullptr;
+        for (const ExpeditionText* text : m_Texts)
+            if (text && text->m_TextType == textType)
+            {
+                found = text;
+                if (!last)
+                    break;
+            }
+        return found;
+    }
+    // Its text, or empty.
+    AString TextOfType(const wchar_t* textType, bool last) const
+    {
+        const ExpeditionText* text = FindText(textType, last);
+        return text ? text->m_Text : AString();
+    }
 
     AString m_FootprintName; // the cell, or its "%s_Layer_%d" variant
     AString m_LayerName;     // the mounting layer

@@ -243,13 +243,7 @@ void ExpeditionParser::MakeComponent(AString cellName, const AString& options, P
 // Each pin with a net adds "refdes-pin" to that net's netlist entry, once.
 void ExpeditionParser::AddNetlistEntries(const ExpeditionComponent& component, ElementList& elements)
 {
-    const ExpeditionText* refDes = nullptr;
-    for (const ExpeditionText* text : component.m_Texts)
-        if (text->m_TextType == L"REF_DES")
-        {
-            refDes = text;
-            break;
-        }
+    const ExpeditionText* refDes = component.FindText(L"REF_DES", false);
     if (!refDes)
         return;
     for (const ExpeditionPin* pin : component.m_Pins)

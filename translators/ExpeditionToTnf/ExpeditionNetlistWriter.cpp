@@ -16,15 +16,6 @@ using io::CBlockPtr;
 
 namespace
 {
-// The last text of that type, or empty.
-AString LastTextOfType(const ExpeditionComponent& component, const wchar_t* type)
-{
-    AString found;
-    for (const ExpeditionText* text : component.m_Texts)
-        if (text->m_TextType == type)
-            found = text->m_Text;
-    return found;
-}
 
 void AddTextProp(io::CBlock& properties, const wchar_t* name, const AString& value)
 {
@@ -85,8 +76,8 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes = LastTextOfType(*component, L"REF_DES");
-        const AString partNumber = LastTextOfType(*component, L"PARTNO");
+        AString refDes = component->TextOfType(L"REF_DES", true);
+        const AString partNumber = component->TextOfType(L"PARTNO", true);
         if (refDes.empty())
         {
             refDes = NextFreeRefDes(counter);
@@ -167,13 +158,7 @@ CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes;
-        for (const ExpeditionText* text : component->m_Texts)
-            if (text->m_TextType == L"REF_DES")
-            {
-                refDes = text->m_Text;
-                break;
-            }
+        AString refDes = component->TextOfType(L"REF_DES", false);
         if (refDes.empty())
         {
             refDes = NextFreeRefDes(counter);

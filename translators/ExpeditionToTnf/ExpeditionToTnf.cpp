@@ -73,10 +73,7 @@ void ExpeditionToTnf::ReserveReferenceDesignators(ElementList& elements)
         if (!component)
             continue;
         // The last REF_DES text of the component counts.
-        AString refDes;
-        for (const ExpeditionText* text : component->m_Texts)
-            if (text && text->m_TextType == L"REF_DES")
-                refDes = text->m_Text;
+        const AString refDes = component->TextOfType(L"REF_DES", true);
         if (!refDes.empty() && refDes[0] == L'U')
             m_ReservedRefDes.insert(refDes);
     }
