@@ -38,6 +38,16 @@ AString ExpeditionToTnf::NextFreeRefDes(int& counter) const
     }
 }
 
+AString ExpeditionToTnf::RefDesOrNextFree(const ExpeditionComponent& component, bool last, int& counter) const
+{
+    const AString refDes = component.TextOfType(L"REF_DES", last);
+    if (!refDes.empty())
+        return refDes;
+    const AString free = NextFreeRefDes(counter);
+    ++counter;
+    return free;
+}
+
 AString ExpeditionToTnf::FindFootprintPadStack(const ElementList& elements, const AString& footprintName,
                                                const AString& pinName) const
 {
@@ -114,12 +124,7 @@ void ExpeditionToTnf::ExpandNetPins(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes = component->TextOfType(L"REF_DES", false);
-        if (refDes.empty())
-        {
-            refDes = NextFreeRefDes(counter);
-            ++counter;
-        }
+        const AString refDes = RefDesOrNextFree(*component, false, counter);
         for (const ExpeditionPin* pin : component->m_Pins)
         {
             AString padStack = pin->m_PadStackName;

@@ -76,13 +76,8 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes = component->TextOfType(L"REF_DES", true);
+        const AString refDes = RefDesOrNextFree(*component, true, counter);
         const AString partNumber = component->TextOfType(L"PARTNO", true);
-        if (refDes.empty())
-        {
-            refDes = NextFreeRefDes(counter);
-            ++counter;
-        }
         CBlockPtr instance(L"Compinst");
         AString type;
         type.Format(L"Component%d", index++);
@@ -158,12 +153,7 @@ CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& elements)
         const ExpeditionComponent* component = element->AsComponent();
         if (!component)
             continue;
-        AString refDes = component->TextOfType(L"REF_DES", false);
-        if (refDes.empty())
-        {
-            refDes = NextFreeRefDes(counter);
-            ++counter;
-        }
+        const AString refDes = RefDesOrNextFree(*component, false, counter);
         const AString layer = component->m_LayerName.empty() ? topLayer : component->m_LayerName;
         // A component on the far side has its rotation reflected, not its position.
         const double rotation = component->m_Mirrored ? 180.0 - component->m_Rotation : component->m_Rotation;

@@ -86,6 +86,9 @@ public:
     // The first "U%d" from counter on that no component's reference
     // designator holds; the counter is left at the number returned.
     AString NextFreeRefDes(int& counter) const;
+    // The component's REF_DES text (the first or the last of them), or, for
+    // one without, the next free name of the writer's own counter.
+    AString RefDesOrNextFree(const ExpeditionComponent& component, bool last, int& counter) const;
     // The padstack of the named pin of the first footprint of that name that
     // has it (names without regard to case), or empty.
     AString FindFootprintPadStack(const ElementList& elements, const AString& footprintName,
