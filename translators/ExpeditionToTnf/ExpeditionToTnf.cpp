@@ -97,7 +97,9 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
     io::CToken_ostream stream(file, 32);
     stream.SetPrecision(10);
 
-    // 7. The root and its head items.
+    // 7. The root and its head items. The tree of a large board repeats a few
+    // names and texts millions of times; they are held once.
+    io::CBlock_text_sharing sharedTexts;
     CBlockPtr root(L"TarvexNeutralFile");
     CBlock_func version(L"Version");
     version << L"4" << L"0";

@@ -3,6 +3,11 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <string_view>
+#include <unordered_set>
 
 namespace io
 {
@@ -148,14 +153,85 @@ void CBlock_named_value::write(CAbstract_ostream& out) const
     m_Value.write(out);
 }
 
+// ------------------------------------------------------------ text sharing
+
+namespace
+{
+struct TextHash
+{
+    using is_transparent = void;
+    size_t operator()(std::wstring_view text) const { return std::hash<std::wstring_view>()(text); }
+    size_t operator()(const CBlock_value* value) const { return (*this)(std::wstring_view(value->Text())); }
+};
+struct TextEqual
+{
+    using is_transparent = void;
+    static std::wstring_view View(std::wstring_view text) { return text; }
+    static std::wstring_view View(const CBlock_value* value) { return value->Text(); }
+    template <class A, class B> bool operator()(const A& a, const B& b) const { return View(a) == View(b); }
+};
+
+thread_local CBlock_text_sharing* t_CurrentSharing = nullptr;
+} // namespace
+
+struct CBlock_text_sharing::Table
+{
+    std::unordered_set<CBlock_value*, TextHash, TextEqual> m_Values;
+};
+
+CBlock_text_sharing::CBlock_text_sharing() : m_Table(new Table), m_Outer(t_CurrentSharing)
+{
+    t_CurrentSharing = this;
+}
+
+CBlock_text_sharing::~CBlock_text_sharing()
+{
+    t_CurrentSharing = m_Outer;
+    for (CBlock_value* value : m_Table->m_Values)
+        if (value->Decrement() == 0)
+            delete value;
+    delete m_Table;
+}
+
+size_t CBlock_text_sharing::size() const
+{
+    return m_Table->m_Values.size();
+}
+
+CBlock_value* CBlock_text_sharing::TextValue(const AString& text)
+{
+    if (!t_CurrentSharing)
+        return new CBlock_value(text);
+    auto& values = t_CurrentSharing->m_Table->m_Values;
+    const auto found = values.find(std::wstring_view(text));
+    if (found != values.end())
+        return *found;
+    CBlock_value* value = new CBlock_value(text);
+    value->Increment();
+    values.insert(value);
+    return value;
+}
+
 // --------------------------------------------------------------- functions
 
-CBlock_func::CBlock_func(const CBlock_func& other)
-    : CBlock_item(other), m_Name(other.m_Name), m_Args(other.m_Args)
+CBlock_func::CBlock_func(const AString& name) : m_NameItem(CBlock_text_sharing::TextValue(name))
 {
-    for (const Argument& arg : m_Args)
-        if (arg.m_Kind == CBlock_value::k_Empty)
-            arg.m_Item->Increment();
+    m_NameItem->Increment();
+}
+
+CBlock_func::CBlock_func(const CBlock_func& other) : CBlock_item(other), m_NameItem(other.m_NameItem)
+{
+    if (m_NameItem)
+        m_NameItem->Increment();
+    Reserve(other.m_Count);
+    for (std::uint32_t i = 0; i < other.m_Count; ++i)
+    {
+        const CBlock_value::Kind kind = other.Kinds()[i];
+        Slot& slot = Append(kind);
+        slot = other.m_Slots[i];
+        if (kind == CBlock_value::k_Empty)
+            slot.m_Item->Increment();
+    }
 }
 
 CBlock_func& CBlock_func::operator=(const CBlock_func& other)
@@ -164,8 +240,10 @@ CBlock_func& CBlock_func::operator=(const CBlock_func& other)
         return *this;
     CBlock_func copy(other);
     ReleaseAll();
-    m_Name = copy.m_Name;
-    m_Args.swap(copy.m_Args);
+    std::swap(m_NameItem, copy.m_NameItem);
+    std::swap(m_Slots, copy.m_Slots);
+    std::swap(m_Count, copy.m_Count);
+    std::swap(m_Capacity, copy.m_Capacity);
     m_ReadIndex = 0;
     return *this;
 }
@@ -175,59 +253,88 @@ CBlock_func::~CBlock_func()
     ReleaseAll();
 }
 
+const AString& CBlock_func::Name() const
+{
+    return m_NameItem ? m_NameItem->Text() : CBlock_item::Name();
+}
+
 void CBlock_func::ReleaseAll()
 {
-    for (const Argument& arg : m_Args)
-        if (arg.m_Kind == CBlock_value::k_Empty && arg.m_Item->Decrement() == 0)
-            delete arg.m_Item;
-    m_Args.clear();
+    for (std::uint32_t i = 0; i < m_Count; ++i)
+        if (Kinds()[i] == CBlock_value::k_Empty && m_Slots[i].m_Item->Decrement() == 0)
+            delete m_Slots[i].m_Item;
+    ::operator delete(m_Slots);
+    m_Slots = nullptr;
+    m_Count = m_Capacity = 0;
+    if (m_NameItem && m_NameItem->Decrement() == 0)
+        delete m_NameItem;
+    m_NameItem = nullptr;
+}
+
+void CBlock_func::Reserve(std::uint32_t capacity)
+{
+    if (capacity <= m_Capacity)
+        return;
+    constexpr size_t perSlot = sizeof(Slot) + sizeof(CBlock_value::Kind);
+    Slot* slots = static_cast<Slot*>(::operator new(size_t(capacity) * perSlot));
+    if (m_Count > 0)
+    {
+        std::memcpy(slots, m_Slots, m_Count * sizeof(Slot));
+        std::memcpy(reinterpret_cast<CBlock_value::Kind*>(slots + capacity), Kinds(), m_Count);
+    }
+    ::operator delete(m_Slots);
+    m_Slots = slots;
+    m_Capacity = capacity;
+}
+
+CBlock_func::Slot& CBlock_func::Append(CBlock_value::Kind kind)
+{
+    if (m_Count == m_Capacity)
+    {
+        if (m_Capacity > std::numeric_limits<std::uint32_t>::max() / 2)
+            throw std::length_error("CBlock_func: too many arguments");
+        // Most functions have two to eight arguments.
+        Reserve(m_Capacity < 2 ? 2 : m_Capacity * 2);
+    }
+    Kinds()[m_Count] = kind;
+    Slot& slot = m_Slots[m_Count++];
+    slot.m_Double = 0.0;
+    return slot;
 }
 
 void CBlock_func::AddItem(CBlock_item* item)
 {
-    Argument arg;
-    arg.m_Kind = CBlock_value::k_Empty;
-    arg.m_Item = item;
     item->Increment();
-    m_Args.push_back(arg);
+    Append(CBlock_value::k_Empty).m_Item = item;
 }
 
 CBlock_func& CBlock_func::operator<<(const AString& text)
 {
-    AddItem(new CBlock_value(text));
+    AddItem(CBlock_text_sharing::TextValue(text));
     return *this;
 }
 
 CBlock_func& CBlock_func::operator<<(const wchar_t* text)
 {
-    AddItem(new CBlock_value(AString(text)));
+    AddItem(CBlock_text_sharing::TextValue(AString(text)));
     return *this;
 }
 
 CBlock_func& CBlock_func::operator<<(const int& value)
 {
-    Argument arg;
-    arg.m_Kind = CBlock_value::k_Int;
-    arg.m_Int = value;
-    m_Args.push_back(arg);
+    Append(CBlock_value::k_Int).m_Int = value;
     return *this;
 }
 
 CBlock_func& CBlock_func::operator<<(const double& value)
 {
-    Argument arg;
-    arg.m_Kind = CBlock_value::k_Double;
-    arg.m_Double = value;
-    m_Args.push_back(arg);
+    Append(CBlock_value::k_Double).m_Double = value;
     return *this;
 }
 
 CBlock_func& CBlock_func::operator<<(const bool& value)
 {
-    Argument arg;
-    arg.m_Kind = CBlock_value::k_Bool;
-    arg.m_Bool = value;
-    m_Args.push_back(arg);
+    Append(CBlock_value::k_Bool).m_Bool = value;
     return *this;
 }
 
@@ -259,10 +366,10 @@ CBlock_func& CBlock_func::operator<<(const CBlock_ptr<CBlock_value>& shared)
 
 CBlock_value CBlock_func::GetArgumentValue(size_t index) const
 {
-    if (index >= m_Args.size())
+    if (index >= m_Count)
         return CBlock_value();
-    const Argument& arg = m_Args[index];
-    switch (arg.m_Kind)
+    const Slot& arg = m_Slots[index];
+    switch (Kinds()[index])
     {
     case CBlock_value::k_Int:
         return CBlock_value(arg.m_Int);
@@ -279,43 +386,42 @@ CBlock_value CBlock_func::GetArgumentValue(size_t index) const
 
 CBlock_item* CBlock_func::GetArgumentItem(size_t index) const
 {
-    if (index >= m_Args.size() || m_Args[index].m_Kind != CBlock_value::k_Empty)
+    if (index >= m_Count || Kinds()[index] != CBlock_value::k_Empty)
         return nullptr;
-    return m_Args[index].m_Item;
+    return m_Slots[index].m_Item;
 }
 
 CBlock_func& CBlock_func::operator>>(AString& text)
 {
-    if (m_ReadIndex < m_Args.size())
+    if (m_ReadIndex < m_Count)
         GetArgumentValue(m_ReadIndex++).Query(text);
     return *this;
 }
 
 CBlock_func& CBlock_func::operator>>(double& value)
 {
-    if (m_ReadIndex < m_Args.size())
+    if (m_ReadIndex < m_Count)
         GetArgumentValue(m_ReadIndex++).Query(value);
     return *this;
 }
 
 CBlock_func& CBlock_func::operator>>(int& value)
 {
-    if (m_ReadIndex < m_Args.size())
+    if (m_ReadIndex < m_Count)
         GetArgumentValue(m_ReadIndex++).Query(value);
     return *this;
 }
 
 void CBlock_func::write(CAbstract_ostream& out) const
 {
-    out.PutText(m_Name);
+    out.PutText(Name());
     out.PutRaw("(");
-    bool first = true;
-    for (const Argument& arg : m_Args)
+    for (std::uint32_t i = 0; i < m_Count; ++i)
     {
-        if (!first)
+        if (i > 0)
             out.PutRaw(", ");
-        first = false;
-        switch (arg.m_Kind)
+        const Slot& arg = m_Slots[i];
+        switch (Kinds()[i])
         {
         case CBlock_value::k_Int:
             out.PutInt(arg.m_Int);

@@ -128,6 +128,8 @@ public:
     bool operator==(const CBlock_value& other) const;
     bool operator!=(const CBlock_value& other) const { return !(*this == other); }
 
+    const AString& Text() const { return m_Text; }
+
     void write(CAbstract_ostream& out) const override;
 
 private:
@@ -160,20 +162,50 @@ private:
 
 class CBlockFuncPtr;
 
+// While one of these lives, the function items made on its thread hold equal
+// texts once: a function's name and its string arguments are looked up in
+// the scope's table and the item found is shared. A large layout repeats a
+// few hundred names and layer, net and padstack names millions of times, so
+// this is most of what the tree would otherwise spend on text. Outside every
+// scope each function holds texts of its own. Scopes nest; the innermost one
+// is used. Items made in a scope may outlive it: the table only holds a
+// reference to each text.
+class CBlock_text_sharing
+{
+public:
+    CBlock_text_sharing();
+    ~CBlock_text_sharing();
+    CBlock_text_sharing(const CBlock_text_sharing&) = delete;
+    CBlock_text_sharing& operator=(const CBlock_text_sharing&) = delete;
+
+    // A string value of that text, shared within the current scope, new
+    // outside one. The caller takes a reference to it.
+    static CBlock_value* TextValue(const AString& text);
+    size_t size() const;
+
+private:
+    struct Table;
+    Table* m_Table;
+    CBlock_text_sharing* m_Outer;
+};
+
 // A function item: a name and its arguments in order. Numbers and bools are
 // held in place; strings, named values and nested functions as shared items.
+// The arguments live in one array of 8-byte slots followed by a byte of kind
+// per slot, since a layout holds millions of small functions such as
+// vertex(x, y, ...).
 class CBlock_func : public CBlock_item
 {
 public:
     CBlock_func() = default;
-    explicit CBlock_func(const AString& name) : m_Name(name) {}
+    explicit CBlock_func(const AString& name);
     CBlock_func(const CBlock_func& other);
     CBlock_func& operator=(const CBlock_func& other);
     ~CBlock_func() override;
 
     bool IsFunc() const override { return true; }
     bool IsNamed() const override { return true; }
-    const AString& Name() const override { return m_Name; }
+    const AString& Name() const override;
 
     CBlock_func& operator<<(const AString& text);
     CBlock_func& operator<<(const wchar_t* text);
@@ -193,7 +225,7 @@ public:
     CBlock_func& operator>>(int& value);
     void RewindArguments() const { m_ReadIndex = 0; }
 
-    size_t GetArgumentCount() const { return m_Args.size(); }
+    size_t GetArgumentCount() const { return m_Count; }
     // The argument as a value (nested functions and named values give an empty
     // value); for inspection by tests and readers.
     CBlock_value GetArgumentValue(size_t index) const;
@@ -204,23 +236,25 @@ public:
     void write(CAbstract_ostream& out) const override;
 
 private:
-    struct Argument
+    union Slot
     {
-        CBlock_value::Kind m_Kind; // k_Empty marks an item argument
-        union
-        {
-            int m_Int;
-            double m_Double;
-            bool m_Bool;
-            CBlock_item* m_Item;
-        };
+        int m_Int;
+        double m_Double;
+        bool m_Bool;
+        CBlock_item* m_Item;
     };
+    // k_Empty marks an item argument.
+    CBlock_value::Kind* Kinds() const { return reinterpret_cast<CBlock_value::Kind*>(m_Slots + m_Capacity); }
+    Slot& Append(CBlock_value::Kind kind);
+    void Reserve(std::uint32_t capacity);
     void AddItem(CBlock_item* item);
     void ReleaseAll();
 
-    AString m_Name;
-    std::vector<Argument> m_Args;
-    mutable size_t m_ReadIndex = 0;
+    CBlock_value* m_NameItem = nullptr;
+    Slot* m_Slots = nullptr;
+    std::uint32_t m_Count = 0;
+    std::uint32_t m_Capacity = 0;
+    mutable std::uint32_t m_ReadIndex = 0;
 };
 
 class CBlockPtr;

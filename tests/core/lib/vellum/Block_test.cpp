@@ -154,63 +154,152 @@ TEST(Block, FindsTheNamedBlockAndSurvivesDamage)
     EXPECT_TRUE(absent.empty());
 }
 
+namespace
+{
+// A tree of up to 30 random items: blocks, functions with numbers, texts,
+// bools and nested functions, and named values.
+CBlockPtr RandomTree(std::mt19937& random)
+{
+    const wchar_t* names[] = {L"vertex", L"Arc", L"Net", L"Pad 20x30", L"'Q'", L"Via"};
+    CBlockPtr root(L"Root");
+    std::vector<CBlockPtr> open{root};
+    const int items = static_cast<int>(random() % 30);
+    for (int i = 0; i < items; ++i)
+    {
+        CBlock& parent = *open[random() % open.size()];
+        switch (random() % 4)
+        {
+        case 0:
+        {
+            CBlockPtr child(AString(names[random() % 6]));
+            parent << child;
+            open.push_back(child);
+            break;
+        }
+        case 1:
+        {
+            CBlockFuncPtr func(AString(names[random() % 6]));
+            for (int a = static_cast<int>(random() % 4); a > 0; --a)
+            {
+                const unsigned pick = random() % 5;
+                if (pick == 0)
+                    *func << static_cast<int>(random()) - 1000000;
+                else if (pick == 1)
+                    *func << std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 40) - 50);
+                else if (pick == 2)
+                    *func << AString(L"s'\\, )(") + AString(names[random() % 6]);
+                else if (pick == 3)
+                {
+                    CBlock_func nested(L"vertex");
+                    nested << 1.5 << 2;
+                    *func << nested;
+                }
+                else
+                    *func << (random() % 2 == 0);
+            }
+            parent << func;
+            break;
+        }
+        case 2:
+            parent << CBlock_named_value(L"Id", CBlock_value(static_cast<int>(random() % 1000)));
+            break;
+        default:
+            parent << CBlock_named_value(L"Name", CBlock_value(AString(L"x = 'y'")));
+            break;
+        }
+    }
+    return root;
+}
+} // namespace
+
 TEST(Block, RandomTreesRoundTrip)
 {
     std::mt19937 random(20261122);
-    const wchar_t* names[] = {L"vertex", L"Arc", L"Net", L"Pad 20x30", L"'Q'", L"Via"};
     for (int round = 0; round < 200; ++round)
     {
-        CBlockPtr root(L"Root");
-        std::vector<CBlockPtr> open{root};
-        const int items = static_cast<int>(random() % 30);
-        for (int i = 0; i < items; ++i)
-        {
-            CBlock& parent = *open[random() % open.size()];
-            switch (random() % 4)
-            {
-            case 0:
-            {
-                CBlockPtr child(AString(names[random() % 6]));
-                parent << child;
-                open.push_back(child);
-                break;
-            }
-            case 1:
-            {
-                CBlockFuncPtr func(AString(names[random() % 6]));
-                for (int a = static_cast<int>(random() % 4); a > 0; --a)
-                {
-                    const unsigned pick = random() % 5;
-                    if (pick == 0)
-                        *func << static_cast<int>(random()) - 1000000;
-                    else if (pick == 1)
-                        *func << std::ldexp(static_cast<double>(random()),
-                                            static_cast<int>(random() % 40) - 50);
-                    else if (pick == 2)
-                        *func << AString(L"s'\\, )(") + AString(names[random() % 6]);
-                    else if (pick == 3)
-                    {
-                        CBlock_func nested(L"vertex");
-                        nested << 1.5 << 2;
-                        *func << nested;
-                    }
-                    else
-                        *func << (random() % 2 == 0);
-                }
-                parent << func;
-                break;
-            }
-            case 2:
-                parent << CBlock_named_value(L"Id", CBlock_value(static_cast<int>(random() % 1000)));
-                break;
-            default:
-                parent << CBlock_named_value(L"Name", CBlock_value(AString(L"x = 'y'")));
-                break;
-            }
-        }
-        const std::string text = Text(*root);
+        const std::string text = Text(*RandomTree(random));
         EXPECT_EQ(Text(*ReadBack(text, L"Root")), text);
     }
+}
+
+// Inside a sharing scope equal names and texts are one item; the tree reads
+// and writes as it would without, and outlives the scope.
+TEST(Block, SharedTextsChangeNothingButTheirCount)
+{
+    std::vector<std::string> plain;
+    std::mt19937 random(7);
+    for (int round = 0; round < 50; ++round)
+        plain.push_back(Text(*RandomTree(random)));
+    std::vector<CBlockPtr> kept;
+    {
+        CBlock_text_sharing sharing;
+        random.seed(7);
+        for (int round = 0; round < 50; ++round)
+            kept.push_back(RandomTree(random));
+        // Six names and their texts with the prefix, at most.
+        EXPECT_LE(sharing.size(), 12u);
+        EXPECT_GE(sharing.size(), 6u);
+    }
+    for (int round = 0; round < 50; ++round)
+        EXPECT_EQ(Text(*kept[round]), plain[round]) << round;
+
+    // The same text is one item in a scope, two outside; scopes nest.
+    auto pair = [](CBlock_func& a, CBlock_func& b)
+    {
+        a << AString(L"Top_1");
+        b << AString(L"Top_1");
+        return std::make_pair(&a.Name() == &b.Name(), a.GetArgumentItem(0) == b.GetArgumentItem(0));
+    };
+    CBlock_func a1(L"Via"), b1(L"Via");
+    EXPECT_EQ(pair(a1, b1), std::make_pair(false, false));
+    CBlock_text_sharing outer;
+    CBlock_func a2(L"Via"), b2(L"Via");
+    EXPECT_EQ(pair(a2, b2), std::make_pair(true, true));
+    {
+        CBlock_text_sharing inner;
+        CBlock_func a3(L"Via");
+        EXPECT_NE(&a3.Name(), &a2.Name());
+        EXPECT_EQ(inner.size(), 1u);
+    }
+    CBlock_func a4(L"Via");
+    EXPECT_EQ(&a4.Name(), &a2.Name());
+    EXPECT_EQ(outer.size(), 2u);
+}
+
+// Arguments past any small count, copies and assignments of such a function.
+TEST(Block, FunctionsOfManyArgumentsCopyWhole)
+{
+    CBlock_text_sharing sharing;
+    CBlock_func polygon(L"Polygon");
+    std::string expected = "Polygon(";
+    for (int i = 0; i < 100; ++i)
+    {
+        CBlock_func vertex(L"vertex");
+        vertex << i << 0.5 * i;
+        if (i % 3 == 0)
+            vertex << AString(L"Round") << (i % 2 == 0);
+        polygon << vertex;
+        expected += (i ? ", vertex(" : "vertex(") + std::to_string(i) + ", " +
+                    (i % 2 ? std::to_string(i / 2) + ".5" : std::to_string(i / 2)) +
+                    (i % 3 == 0 ? std::string(", 'Round', ") + (i % 2 == 0 ? "true" : "false") : "") + ")";
+    }
+    expected += ")";
+    CBlock root(L"R");
+    root << polygon;
+    CBlock_func assigned(L"Other");
+    assigned << 1 << AString(L"text");
+    assigned = polygon;
+    root << assigned;
+    EXPECT_EQ(polygon.GetArgumentCount(), 100u);
+    EXPECT_EQ(assigned.GetArgumentCount(), 100u);
+    EXPECT_EQ(Text(root), "$begin 'R'\n\t" + expected + "\n\t" + expected + "\n$end 'R'\n");
+    double y = 0;
+    auto* last = static_cast<CBlock_func*>(assigned.GetArgumentItem(99));
+    ASSERT_NE(last, nullptr);
+    int x = 0;
+    *last >> x >> y;
+    EXPECT_EQ(x, 99);
+    EXPECT_EQ(y, 49.5);
 }
 
 TEST(Block, NamesOfSeveralLinesComeBackWhole)
