@@ -60,9 +60,18 @@ ExpeditionLayoutNet::ExpeditionLayoutNet(const AString& name, const std::vector<
 
 ExpeditionLayoutNet::~ExpeditionLayoutNet()
 {
+    ReleaseCopper();
+}
+
+void ExpeditionLayoutNet::ReleaseCopper()
+{
     DeleteOwned_G(m_Shapes);
     for (auto it = m_ShapesWithVoids.rbegin(); it != m_ShapesWithVoids.rend(); ++it)
         DeleteOwned_G(*it);
+    m_ShapesWithVoids.clear();
     DeleteOwned_G(m_Vias);
     DeleteOwned_G(m_Traces);
+    m_PlaneShapes.clear();
+    m_PlaneOutlines.clear();
+    m_PlaneLines.clear();
 }

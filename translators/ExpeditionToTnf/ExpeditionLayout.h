@@ -625,6 +625,10 @@ public:
     void ResolvePlaneVoids();
     // Keeps the thin plane contours that stand in free space or in a void.
     void ResolvePlaneLines();
+    // Frees the traces, vias, shapes and plane copper. The writer of the nets
+    // calls it once a net's items are in the block tree, so that a large
+    // board never holds its copper twice, as model and as tree.
+    void ReleaseCopper();
 };
 
 // The values of one part number of PDB.hkp.

@@ -17,7 +17,7 @@ CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& elements)
     CBlockPtr block(L"LayoutNets");
     for (ExpeditionBaseElement* element : elements)
     {
-        const ExpeditionLayoutNet* net = element->AsLayoutNet();
+        ExpeditionLayoutNet* net = element->AsLayoutNet();
         if (!net)
             continue;
         CBlockPtr entry(L"LayoutNet");
@@ -45,6 +45,8 @@ CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& elements)
         }
         WritePlaneShapes(*entry, *net);
         *block << entry;
+        // Nothing after this block asks for the net's copper.
+        net->ReleaseCopper();
     }
     return block;
 }
