@@ -71,8 +71,8 @@ public:
             return block;
         }
         if (!m_Arrays || m_Arrays->m_Used == m_Arrays->m_Capacity)
-            m_Arrays = new Array(m_Arrays ? m_Arrays->m_Capacity * 2 : m_InitialCapacity, m_Arrays);
-        Block* from_array = m_Arrays->m_Storage + m_Arrays->m_Used++;
+            m_Arrays = Array::Make(m_Arrays ? m_Arrays->m_Capacity * 2 : m_InitialCapacity, m_Arrays);
+        Block* from_array = m_Arrays->Storage() + m_Arrays->m_Used++;
         VELLUM_ASSERT(from_array);
         return from_array;
     }
@@ -106,26 +106,47 @@ private:
         alignas(T) unsigned char m_Bytes[sizeof(T)];
     };
 
+    // An array's bookkeeping and its blocks are one allocation: a tree of a
+    // few nodes, such as the contour of a circular void, costs one heap block.
     struct Array
     {
-        Array(std::size_t capacity, Array* next)
-            : m_Next(next), m_Used(0), m_Capacity(capacity), m_Storage(new Block[capacity])
-        {
-        }
-        ~Array() { delete[] m_Storage; }
-        Array(const Array&) = delete;
-        Array& operator=(const Array&) = delete;
-
         Array* m_Next;
         std::size_t m_Used;
         std::size_t m_Capacity;
-        Block* m_Storage;
+
+        static constexpr bool k_OverAligned = alignof(Block) > __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+        // The blocks start behind the bookkeeping, at their own alignment.
+        static constexpr std::size_t HeaderSize()
+        {
+            return (sizeof(Array) + alignof(Block) - 1) / alignof(Block) * alignof(Block);
+        }
+
+        static Array* Make(std::size_t capacity, Array* next)
+        {
+            if (capacity > (static_cast<std::size_t>(-1) - HeaderSize()) / sizeof(Block))
+                throw std::bad_array_new_length();
+            const std::size_t bytes = HeaderSize() + capacity * sizeof(Block);
+            void* raw = k_OverAligned ? ::operator new(bytes, std::align_val_t(alignof(Block)))
+                                      : ::operator new(bytes);
+            return new (raw) Array{next, 0, capacity};
+        }
+        static void Free(Array* array)
+        {
+            if (k_OverAligned)
+                ::operator delete(array, std::align_val_t(alignof(Block)));
+            else
+                ::operator delete(array);
+        }
+        Block* Storage()
+        {
+            return reinterpret_cast<Block*>(reinterpret_cast<unsigned char*>(this) + HeaderSize());
+        }
     };
 
     void FreeArrays()
     {
         while (m_Arrays)
-            delete std::exchange(m_Arrays, m_Arrays->m_Next);
+            Array::Free(std::exchange(m_Arrays, m_Arrays->m_Next));
         m_FreeList = nullptr;
     }
 
