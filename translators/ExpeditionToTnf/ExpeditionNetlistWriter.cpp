@@ -29,12 +29,33 @@ void AddTextProp(io::CBlock& properties, const wchar_t* name, const AString& val
 // designator.
 struct ExpeditionToTnf::NetlistPins
 {
-    std::unordered_map<std::wstring, std::vector<int>> m_Indices;
-    std::unordered_map<std::wstring, AString> m_RefDes;
+    struct Pin
+    {
+        std::vector<int> m_Indices;
+        AString m_RefDes;
+    };
+    std::unordered_map<std::wstring, Pin> m_Pins;
+};
+
+// The part values by part number without regard to case, those of one number
+// in the order of the part table: every component looks its number up, and a
+// board has tens of thousands of them.
+struct ExpeditionToTnf::PartValuesIndex
+{
+    explicit PartValuesIndex(const std::map<AString, ExpeditionPartValues*>& partValues)
+    {
+        for (const auto& [part, values] : partValues)
+            if (values)
+                m_Values[part].push_back(values);
+    }
+    std::unordered_map<AString, std::vector<const ExpeditionPartValues*>, AStringNoCaseHash,
+                       AStringNoCaseEqual>
+        m_Values;
 };
 
 CBlockPtr ExpeditionToTnf::WriteComponentProperties(const ExpeditionComponent& component,
-                                                    const AString& partNumber)
+                                                    const AString& partNumber,
+                                                    const PartValuesIndex& partValues)
 {
     CBlockPtr properties(L"Properties");
     AString value;
@@ -50,10 +71,10 @@ CBlockPtr ExpeditionToTnf::WriteComponentProperties(const ExpeditionComponent& c
     if (!type.empty())
         AddTextProp(*properties, L"Type", type);
     bool matched = false;
-    for (const auto& [part, values] : m_PartValues)
+    static const std::vector<const ExpeditionPartValues*> noValues;
+    const auto found = partValues.m_Values.find(partNumber);
+    for (const ExpeditionPartValues* values : found == partValues.m_Values.end() ? noValues : found->second)
     {
-        if (!values || part.CompareNoCase(partNumber) != 0)
-            continue;
         matched = true;
         AddTextProp(*properties, L"Value", values->m_Value);
         AddTextProp(*properties, L"Parasitic_Capacitance", values->m_ParasiticCapacitance);
@@ -69,6 +90,7 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
 {
     CBlockPtr block(L"Netlist");
     NetlistPins pins;
+    const PartValuesIndex partValues(m_PartValues);
     int counter = 0;
     int index = 0;
     for (ExpeditionBaseElement* element : elements)
@@ -83,13 +105,13 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
         type.Format(L"Component%d", index++);
         CBlock_func function(refDes);
         function << type;
-        *instance << function << WriteComponentProperties(*component, partNumber);
+        *instance << function << WriteComponentProperties(*component, partNumber, partValues);
         *block << instance;
         for (size_t p = 0; p < component->m_Pins.size(); ++p)
         {
-            const AString text = refDes + L"-" + component->m_Pins[p]->m_Name;
-            pins.m_Indices[text].push_back(static_cast<int>(p));
-            pins.m_RefDes[text] = refDes;
+            NetlistPins::Pin& pin = pins.m_Pins[refDes + L"-" + component->m_Pins[p]->m_Name];
+            pin.m_Indices.push_back(static_cast<int>(p));
+            pin.m_RefDes = refDes;
         }
     }
     WriteNets(elements, pins, *block);
@@ -112,10 +134,13 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
         *net << signal;
         for (const AString& text : netlist->m_Pins)
         {
-            AString refDes = pins.m_RefDes[text];
+            static const NetlistPins::Pin none;
+            const auto found = pins.m_Pins.find(text);
+            const NetlistPins::Pin& known = found == pins.m_Pins.end() ? none : found->second;
+            AString refDes = known.m_RefDes;
             if (refDes.empty())
                 refDes = text.substr(0, text.find(L'-', 0));
-            const std::vector<int>& indices = pins.m_Indices[text];
+            const std::vector<int>& indices = known.m_Indices;
             if (indices.size() >= 2 && !warned)
             {
                 warned = true;

@@ -114,7 +114,9 @@ private:
     io::CBlockPtr WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape);
     void ExpandNetPins(ElementList& elements);
     struct NetlistPins;
-    io::CBlockPtr WriteComponentProperties(const ExpeditionComponent& component, const AString& partNumber);
+    struct PartValuesIndex;
+    io::CBlockPtr WriteComponentProperties(const ExpeditionComponent& component, const AString& partNumber,
+                                           const PartValuesIndex& partValues);
     void WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock& block);
     struct PadStackLookup;
     io::CBlockFuncPtr MakeHoleItem(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
