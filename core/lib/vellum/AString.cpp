@@ -92,13 +92,13 @@ AString AString::substr(size_t pos, size_t count) const
     return AString(std::wstring::substr(pos, count));
 }
 
-int AString::Compare(const AString& other) const
+int AString::CompareView(std::wstring_view other) const
 {
-    const int c = std::wstring::compare(other);
+    const int c = std::wstring_view(*this).compare(other);
     return c < 0 ? -1 : (c > 0 ? 1 : 0);
 }
 
-int AString::CompareNoCase(const AString& other) const
+int AString::CompareNoCaseView(std::wstring_view other) const
 {
     const size_t n = std::min(size(), other.size());
     for (size_t i = 0; i < n; ++i)

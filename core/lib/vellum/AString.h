@@ -56,10 +56,17 @@ public:
     // the end gives an empty string instead of throwing.
     AString substr(size_t pos = 0, size_t count = npos) const;
 
-    // 0 if equal; case counts.
-    int Compare(const AString& other) const;
-    // 0 if equal without regard to the case of the letters A to Z.
-    int CompareNoCase(const AString& other) const;
+    // 0 if equal; case counts. A null text is the empty text.
+    int Compare(const AString& other) const { return CompareView(std::wstring_view(other)); }
+    int Compare(const wchar_t* other) const { return CompareView(std::wstring_view(other ? other : L"")); }
+    // 0 if equal without regard to the case of the letters A to Z. Readers
+    // compare every keyword of a file this way, so a literal is compared as
+    // it stands, without a string made of it.
+    int CompareNoCase(const AString& other) const { return CompareNoCaseView(std::wstring_view(other)); }
+    int CompareNoCase(const wchar_t* other) const
+    {
+        return CompareNoCaseView(std::wstring_view(other ? other : L""));
+    }
 
     // printf-style formatting into this string, dropping its earlier text.
     // Conversions: %d %i %u %x %X %c %f %e %g %% with flags, width and
@@ -123,7 +130,7 @@ public:
     {
         return static_cast<const std::wstring&>(a) == static_cast<const std::wstring&>(b);
     }
-    friend bool operator==(const AString& a, const wchar_t* b) { return a.Compare(AString(b)) == 0; }
+    friend bool operator==(const AString& a, const wchar_t* b) { return a.Compare(b) == 0; }
     // Code-unit order: the order of every map and set of the program, so case
     // counts and 'Z' stands before 'a'.
     friend bool operator<(const AString& a, const AString& b)
@@ -133,6 +140,10 @@ public:
     friend bool operator>(const AString& a, const AString& b) { return b < a; }
     friend bool operator<=(const AString& a, const AString& b) { return !(b < a); }
     friend bool operator>=(const AString& a, const AString& b) { return !(a < b); }
+
+private:
+    int CompareView(std::wstring_view other) const;
+    int CompareNoCaseView(std::wstring_view other) const;
 };
 
 // Folds A-Z to a-z and leaves every other code unit alone.
