@@ -130,7 +130,10 @@ public:
     {
         return static_cast<const std::wstring&>(a) == static_cast<const std::wstring&>(b);
     }
-    friend bool operator==(const AString& a, const wchar_t* b) { return a.Compare(b) == 0; }
+    friend bool operator==(const AString& a, const wchar_t* b)
+    {
+        return std::wstring_view(a) == std::wstring_view(b ? b : L"");
+    }
     // Code-unit order: the order of every map and set of the program, so case
     // counts and 'Z' stands before 'a'.
     friend bool operator<(const AString& a, const AString& b)
