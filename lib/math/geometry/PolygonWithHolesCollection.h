@@ -16,54 +16,20 @@ struct AvlPolygonWithHolesCollectionImplementation
 };
 
 class PolygonWithHolesCollection
+    : public BoxIndexedCollection_T<PolygonWithHoles, AvlPolygonWithHolesCollectionImplementation>
 {
 public:
-    using const_iterator =
-        CollectionIterator_T<PolygonWithHoles, AvlPolygonWithHolesCollectionImplementation>;
-    using iterator = const_iterator;
-
-    PolygonWithHolesCollection() = default;
-    // Built balanced from the vector; an empty vector leaves no implementation.
-    explicit PolygonWithHolesCollection(const std::vector<PolygonWithHoles>& polygons);
-    PolygonWithHolesCollection(const PolygonWithHolesCollection& from)
-        : m_ImplRefCounter(from.m_ImplRefCounter)
-    {
-    }
-    PolygonWithHolesCollection& operator=(const PolygonWithHolesCollection& from)
-    {
-        if (this != &from)
-        {
-            m_ImplRefCounter = from.m_ImplRefCounter;
-            m_EndIterator = RefCounter_T<const_iterator>();
-        }
-        return *this;
-    }
+    using BoxIndexedCollection_T::BoxIndexedCollection_T;
 
     // Appends a non-empty region.
-    void AddPolygonWithHoles(const PolygonWithHoles& new_polygon);
+    void AddPolygonWithHoles(const PolygonWithHoles& new_polygon) { AddEntry(new_polygon); }
     // Replaces the entry at i.
-    void ModifyPolygonWithHoles(const const_iterator& i, const PolygonWithHoles& copy);
-
-    int size() const { return m_ImplRefCounter.IsNull() ? 0 : m_ImplRefCounter->m_Polygons.GetCount(); }
-    bool empty() const { return size() == 0; }
-    Box GetBBox() const
+    void ModifyPolygonWithHoles(const const_iterator& i, const PolygonWithHoles& copy)
     {
-        return m_ImplRefCounter.IsNull() ? k_EmptyBox : m_ImplRefCounter->m_Polygons.GetBBox();
+        ModifyEntry(i, copy);
     }
-    Unit GetEpsilon() const { return GetBBox().GetEpsilon(); }
-    Area GetArea() const;
-    bool IsSharedWith(const PolygonWithHolesCollection& other) const
-    {
-        return !m_ImplRefCounter.IsNull() && m_ImplRefCounter.Get() == other.m_ImplRefCounter.Get();
-    }
+    std::vector<PolygonWithHoles> GetPolygonsWithHoles() const { return GetEntries(); }
 
-    const_iterator begin() const;
-    const_iterator end() const;
-    const_iterator begin(FilterMode mode, const Box& box) const;
-    std::vector<PolygonWithHoles> GetPolygonsWithHoles() const;
-
-    // How the entries together lie to p (see PolygonCollection::GetRelation).
-    PolygonRelation GetRelation(const Polygon& p, Unit accuracy) const;
     // The innermost entry whose outline holds the loop, or end(). Relaxed, the
     // loop need only lie in the outline's box grown by a hundred epsilons;
     // otherwise it must lie inside the outline itself.
@@ -80,11 +46,5 @@ public:
     // any entry came out different from what it was.
     PolygonWithHolesCollection Shrink(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
                                       Unit joint_value, bool* changed) const;
-
-private:
-    AvlPolygonWithHolesCollectionImplementation& MakeUnique();
-
-    RefCounter_T<AvlPolygonWithHolesCollectionImplementation> m_ImplRefCounter;
-    mutable RefCounter_T<const_iterator> m_EndIterator;
 };
 } // namespace geom
