@@ -409,18 +409,6 @@ std::vector<std::string> Items(const io::CBlock& block)
     }
     return texts;
 }
-
-const io::CBlock* Path(const io::CBlock& root, std::initializer_list<const wchar_t*> names)
-{
-    const io::CBlock* block = &root;
-    for (const wchar_t* name : names)
-    {
-        block = ChildBlock(*block, name);
-        if (!block)
-            return nullptr;
-    }
-    return block;
-}
 } // namespace
 
 TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
@@ -448,14 +436,14 @@ TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
     const io::CBlock* footprints = ChildBlock(*root, L"Footprints");
     ASSERT_NE(footprints, nullptr);
     EXPECT_EQ(ChildNames(*footprints), (std::vector<std::string>{"SOIC8", "R0603", "R0603_Layer_3"}));
-    const io::CBlock* firstPin = Path(*footprints, {L"SOIC8", L"FpPins", L"FpPindef"});
+    const io::CBlock* firstPin = Descend(*footprints, {L"SOIC8", L"FpPins", L"FpPindef"});
     ASSERT_NE(firstPin, nullptr);
     EXPECT_EQ(Items(*firstPin),
               (std::vector<std::string>{"FpPin('1', -2.7, 1.905, 'SMD_60x24', 0)", "[Properties]"}));
 
     // Pins by reference designator and index in the component's pin order;
     // the component without one is U0 here and in the placement.
-    const io::CBlock* netlist = Path(*root, {L"LayoutData", L"LayoutCell", L"Netlist"});
+    const io::CBlock* netlist = Descend(*root, {L"LayoutData", L"LayoutCell", L"Netlist"});
     ASSERT_NE(netlist, nullptr);
     std::vector<std::string> nets;
     for (auto it = netlist->begin(); it != netlist->end(); ++it)
@@ -479,7 +467,7 @@ TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
         << Errors();
 
     const io::CBlock* placements =
-        Path(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutComponents"});
+        Descend(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutComponents"});
     ASSERT_NE(placements, nullptr);
     std::vector<std::string> placed;
     for (auto it = placements->begin(); it != placements->end(); ++it)
@@ -493,7 +481,7 @@ TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
 
     // Copper: the arc of the free trace behind its vertex, ids running on
     // into the board outline and its round cut-out.
-    const io::CBlock* layoutNets = Path(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutNets"});
+    const io::CBlock* layoutNets = Descend(*root, {L"LayoutData", L"LayoutCell", L"Layout", L"LayoutNets"});
     ASSERT_NE(layoutNets, nullptr);
     std::vector<std::string> copper;
     for (auto it = layoutNets->begin(); it != layoutNets->end(); ++it)
@@ -515,7 +503,7 @@ TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
                   "Via(6, '', '', 5, 5, 'VIA_12', 0)",
               }));
     const io::CBlock* dimensions =
-        Path(*root, {L"LayoutData", L"Design", L"TopLayout", L"PhysicalDimensions"});
+        Descend(*root, {L"LayoutData", L"Design", L"TopLayout", L"PhysicalDimensions"});
     ASSERT_NE(dimensions, nullptr);
     EXPECT_EQ(Items(*dimensions),
               (std::vector<std::string>{

@@ -67,18 +67,6 @@ long CountText(const std::string& text, const std::string& what)
     return count;
 }
 
-const io::CBlock* Descend(const io::CBlock& root, std::initializer_list<const wchar_t*> names)
-{
-    const io::CBlock* block = &root;
-    for (const wchar_t* name : names)
-    {
-        block = ChildBlock(*block, name);
-        if (!block)
-            return nullptr;
-    }
-    return block;
-}
-
 // Functions of that name among the children of every child block.
 long CountFunctionsInChildren(const io::CBlock& parent, const wchar_t* function, long* blocks)
 {

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <map>
 #include <sstream>
 #include <string>
@@ -38,8 +39,8 @@ public:
     static int Run(const std::string& commandLine, const fs::path& errors, std::vector<std::string>& dialogs)
     {
         SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
-        HANDLE input = CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, OPEN_EXISTING,
-                                   0, nullptr);
+        HANDLE input = CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit,
+                                   OPEN_EXISTING, 0, nullptr);
         HANDLE error = CreateFileW(errors.wstring().c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
                                    CREATE_ALWAYS, 0, nullptr);
         STARTUPINFOA startup = {};
@@ -50,8 +51,8 @@ public:
         startup.hStdError = error;
         PROCESS_INFORMATION process = {};
         std::string line = commandLine;
-        const BOOL started =
-            CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+        const BOOL started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                            &startup, &process);
         CloseHandle(input);
         CloseHandle(error);
         if (!started)
@@ -123,7 +124,8 @@ private:
         char className[64] = {};
         GetClassNameA(window, className, sizeof className);
         // Dialogs only, and only once they are up with their texts.
-        if (processId != watch.m_ProcessId || std::string(className) != "#32770" || !IsWindowVisible(window) ||
+        if (processId != watch.m_ProcessId || std::string(className) != "#32770" ||
+            !IsWindowVisible(window) ||
             std::find(watch.m_Answered.begin(), watch.m_Answered.end(), window) != watch.m_Answered.end())
             return TRUE;
         watch.m_Answered.push_back(window);
@@ -213,7 +215,10 @@ protected:
         return Run("\"" + JobDir().string() + "\" \"" + (m_Dir / output).string() + "\"");
     }
 
-    fs::path OutputPath(const std::string& name = "out.tnf") const { return m_Dir / name; }
+    fs::path OutputPath(const std::string& name = "out.tnf") const
+    {
+        return m_Dir / name;
+    }
 
     std::string OutputText(const std::string& name = "out.tnf") const
     {
@@ -232,10 +237,16 @@ protected:
         return root;
     }
 
-    const std::string& Errors() const { return m_Errors; }
+    const std::string& Errors() const
+    {
+        return m_Errors;
+    }
 #ifdef _WIN32
     // The boxes and dialogs of the last run, in the order they appeared.
-    const std::vector<std::string>& Dialogs() const { return m_Dialogs; }
+    const std::vector<std::string>& Dialogs() const
+    {
+        return m_Dialogs;
+    }
 #endif
 
 private:
@@ -262,4 +273,17 @@ inline io::CBlock* ChildBlock(const io::CBlock& block, const wchar_t* name)
         if (block.Item(it)->IsBlock() && block.Item(it)->Name() == name)
             return static_cast<io::CBlock*>(block.Item(it).Item());
     return nullptr;
+}
+
+// The block reached through the child blocks of those names in turn, or null.
+inline const io::CBlock* Descend(const io::CBlock& root, std::initializer_list<const wchar_t*> names)
+{
+    const io::CBlock* block = &root;
+    for (const wchar_t* name : names)
+    {
+        block = ChildBlock(*block, name);
+        if (!block)
+            return nullptr;
+    }
+    return block;
 }
