@@ -510,3 +510,74 @@ TEST_F(CellAndLayout, ComponentsNetlistAndCopperInTheFile)
                   "Polygon(7, 0.2, vertex(0, 0), vertex(50, 0), vertex(50, 40), vertex(0, 40), vertex(0, 0))",
                   "Cut('SIGNAL_1', 'SIGNAL_4', Circle(8, 0, 5, 5, 3.2))"}));
 }
+
+// The properties of a component instance: its part number, the type of that
+// exact number, and the values of every part whose number matches without
+// regard to case, in the code-unit order of the part table; a part without
+// values falls back to the component's own Value text.
+TEST_F(CellAndLayout, PartValuesOfEveryNumberMatchingWithoutCase)
+{
+    WriteMinimalJob();
+    WriteFile("JobPrefs.hkp", k_FourLayerJobPrefs);
+    WriteFile("Cell.hkp", k_Cells);
+    std::string layout = k_Layout;
+    const std::string u7Value = "..TEXT \"Value\" \"LM358\"\n";
+    const std::string r1RefDes = "..TEXT \"R1\"\n  ...TEXT_TYPE REF_DES\n";
+    ASSERT_NE(layout.find(u7Value), std::string::npos);
+    ASSERT_NE(layout.find(r1RefDes), std::string::npos);
+    layout.replace(layout.find(u7Value), u7Value.size(),
+                   u7Value + "..TEXT \"cap-1u\"\n  ...TEXT_TYPE PARTNO\n");
+    layout.replace(layout.find(r1RefDes), r1RefDes.size(),
+                   r1RefDes + "..TEXT \"CAP-1U\"\n  ...TEXT_TYPE PARTNO\n");
+    WriteFile("Layout.hkp", layout);
+    WriteFile("PDB.hkp", ".FILETYPE PARTS_DB\n"
+                         ".Part_Number\n ..Number \"Cap-1u\"\n ..RefPrefix \"C\"\n ..Prop \"Value\"=\"2u\"\n"
+                         " ..Prop \"Parasitic_Resistance\"=\"0.01\"\n"
+                         ".Part_Number\n ..Number \"CAP-1U\"\n ..Prop \"Type\"=\"Capacitor\"\n"
+                         " ..Prop \"Value\"=\"1u\"\n");
+    ASSERT_EQ(Translate(), 0);
+    io::CBlockPtr root = OutputTree();
+    const io::CBlock* netlist = Descend(*root, {L"LayoutData", L"LayoutCell", L"Netlist"});
+    ASSERT_NE(netlist, nullptr);
+    std::vector<std::vector<std::string>> properties;
+    for (auto it = netlist->begin(); it != netlist->end(); ++it)
+        if (netlist->Item(it)->Name() == L"Compinst")
+        {
+            const io::CBlock* block =
+                ChildBlock(*static_cast<const io::CBlock*>(netlist->Item(it).Item()), L"Properties");
+            ASSERT_NE(block, nullptr);
+            properties.push_back(Items(*block));
+        }
+
+    // "CAP-1U" stands before "Cap-1u" in the table; the RefPrefix carries
+    // over to the second part. An absent parasitic is one NUL character.
+    const std::string nul(1, '\0');
+    const std::vector<std::string> bothParts{"TextProp('Value', '1uF')",
+                                             "TextProp('Parasitic_Capacitance', '1uF')",
+                                             "TextProp('Parasitic_Resistance', '" + nul + "')",
+                                             "TextProp('Parasitic_Inductance', '" + nul + "')",
+                                             "TextProp('Value', '2uF')",
+                                             "TextProp('Parasitic_Capacitance', '2uF')",
+                                             "TextProp('Parasitic_Resistance', '0.01')",
+                                             "TextProp('Parasitic_Inductance', '" + nul + "')"};
+    std::vector<std::string> u7{"TextProp('PART_NUMBER', 'cap-1u')"};
+    u7.insert(u7.end(), bothParts.begin(), bothParts.end());
+    std::vector<std::string> r1{"TextProp('PART_NUMBER', 'CAP-1U')", "TextProp('Type', 'Capacitor')"};
+    r1.insert(r1.end(), bothParts.begin(), bothParts.end());
+    ASSERT_EQ(properties.size(), 3u);
+    EXPECT_EQ(properties[0], u7); // its own Value text is not written
+    EXPECT_EQ(properties[1], r1);
+    EXPECT_TRUE(properties[2].empty());
+
+    // Without part values the component's own Value text is written.
+    WriteFile("PDB.hkp", ".FILETYPE PARTS_DB\n");
+    ASSERT_EQ(Translate(), 0);
+    root = OutputTree();
+    netlist = Descend(*root, {L"LayoutData", L"LayoutCell", L"Netlist"});
+    ASSERT_NE(netlist, nullptr);
+    const io::CBlock* first = ChildBlock(*netlist, L"Compinst");
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(ChildBlock(*first, L"Properties"), nullptr);
+    EXPECT_EQ(Items(*ChildBlock(*first, L"Properties")),
+              (std::vector<std::string>{"TextProp('PART_NUMBER', 'cap-1u')", "TextProp('Value', 'LM358')"}));
+}
