@@ -40,7 +40,7 @@ void CToken_ostream::Close()
         std::filesystem::remove(ToFileSystemPath_G(m_Temporary), error);
 }
 
-CToken_istream::CToken_istream(const LongFileName& file, int /*mode*/)
+CToken_istream::CToken_istream(const LongFileName& file, int /*mode*/) : m_Name(file.GetPath())
 {
     std::string data;
     if (std::FILE* f = std::fopen(file.GetPath().AsAnsi().c_str(), "rb"))
@@ -63,9 +63,59 @@ CToken_istream::CToken_istream(const LongFileName& file, int /*mode*/)
     SetData(std::move(data));
 }
 
-CToken_istream::CToken_istream(std::string text) : m_Open(true)
+CToken_istream::CToken_istream(std::string text, AString name) : m_Open(true), m_Name(std::move(name))
 {
     SetData(std::move(text));
+}
+
+namespace
+{
+// The line ends in [from, to) of the text: every line feed, and every
+// carriage return that no line feed follows (the pair CR LF is one end,
+// counted at its line feed).
+size_t CountLineEnds(std::string_view text, size_t from, size_t to)
+{
+    size_t count = 0;
+    const char* data = text.data();
+    for (size_t i = from; i < to; ++i)
+    {
+        const char c = data[i];
+        if (c == '\n' || (c == '\r' && (i + 1 >= text.size() || data[i + 1] != '\n')))
+            ++count;
+    }
+    return count;
+}
+} // namespace
+
+size_t CToken_istream::LineOf(size_t offset) const
+{
+    const std::string_view text = Data();
+    if (offset > text.size())
+        offset = text.size();
+    // Counting on from the last answer serves the usual case, a reader that
+    // asks again further down the file; a step back counts from the start.
+    if (offset < m_KnownOffset)
+    {
+        m_KnownOffset = 0;
+        m_KnownLine = 1;
+    }
+    m_KnownLine += CountLineEnds(text, m_KnownOffset, offset);
+    m_KnownOffset = offset;
+    return m_KnownLine;
+}
+
+size_t CToken_istream::TokenEnd() const
+{
+    const std::string_view text = Data();
+    size_t p = Position();
+    while (p > 0)
+    {
+        const char c = text[p - 1];
+        if (c != ' ' && c != '\t' && c != '\r' && c != '\n' && c != '\f' && c != '\v')
+            return p - 1;
+        --p;
+    }
+    return 0;
 }
 
 } // namespace io

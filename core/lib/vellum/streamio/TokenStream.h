@@ -94,18 +94,43 @@ private:
     std::string m_Text;
 };
 
+// An input stream that can say where it is: the name of its file and the
+// 1-based line of the token just read, or of the start of a record. Lines are
+// counted only when somebody asks, from the nearest line already known, so a
+// run that never asks pays nothing. A line ends at a line feed, at a carriage
+// return before one, and at a carriage return alone (as an editor shows an
+// old Macintosh file), so the line named is the one a person finds.
 class CToken_istream : public CAbstract_istream
 {
 public:
     // Opens and reads the file; mode 0 is plain text. A file that cannot be
     // read gives an empty stream, which is at its end at once.
     CToken_istream(const LongFileName& file, int mode);
-    // A stream over text held in memory.
-    explicit CToken_istream(std::string text);
+    // A stream over text held in memory, reported under the given name.
+    explicit CToken_istream(std::string text, AString name = AString());
     bool IsOpen() const { return m_Open; }
+
+    // The file's path, or the name given to a stream over text.
+    const AString& GetName() const { return m_Name; }
+    // The line of the byte at offset; offsets past the end give the last line.
+    size_t LineOf(size_t offset) const;
+    // The line of the last token read (the last byte that is no white space
+    // before the read position); 1 before anything was read.
+    size_t TokenLine() const { return LineOf(TokenEnd()); }
+    // Remembers the last token read as the start of the record now being
+    // read, and the line of that start.
+    void MarkRecord() { m_RecordOffset = TokenEnd(); }
+    size_t RecordLine() const { return LineOf(m_RecordOffset); }
+    // The offset of the last token's last byte, 0 before anything was read.
+    size_t TokenEnd() const;
 
 private:
     bool m_Open = false;
+    AString m_Name;
+    size_t m_RecordOffset = 0;
+    // The last answer of LineOf: counting starts from there when it can.
+    mutable size_t m_KnownOffset = 0;
+    mutable size_t m_KnownLine = 1;
 };
 
 } // namespace io
