@@ -124,6 +124,9 @@ public:
 
 private:
     void Normalise();
+    // The accuracy an offset works at: the caller's, never below what the
+    // coordinates hold.
+    Unit GetWorkingAccuracy(Unit accuracy) const;
     PolygonWithHolesCollection ResolveOffset(const Result_T<std::vector<Arc>>& offset, Unit accuracy,
                                              bool resolve_loops) const;
 };

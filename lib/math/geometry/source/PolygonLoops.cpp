@@ -1,10 +1,10 @@
-// PolygonLoops.cpp - shrinking and growing of polygons, and a contour's simple loops.
+// PolygonLoops.cpp - a contour's simple loops.
 //
-// An offset contour of a pad or plane may cross itself where the polygon is
-// narrower than the offset; such a contour is cut at its crossings into
-// simple loops, which become outlines and holes. Walking the loops at the
-// crossings is the work of the intersection graph (Polygon::
-// ResolveSelfCrossings); what comes before and after it is here.
+// A contour that crosses itself, such as the offset contour of a pad or plane
+// narrower than the offset, is cut at its crossings into simple loops, which
+// become outlines and holes. Walking the loops at the crossings is the work
+// of the intersection graph (Polygon::ResolveSelfCrossings); what comes
+// before and after it is here.
 #include "lib/math/geometry/Polygon.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -15,88 +15,6 @@
 
 namespace geom
 {
-// --- Offsets ---
-
-PolygonWithHolesCollection Polygon::ResolveOffset(const Result_T<std::vector<Arc>>& offset, Unit accuracy,
-                                                  bool resolve_loops) const
-{
-    PolygonWithHolesCollection ret;
-    if (!offset.m_Success || offset.m_Value.empty())
-        return ret;
-    if (!IsPolyArcSequence_G(offset.m_Value, k_Closed))
-    {
-        // An offset that couldn't be closed leaves the polygon as it was.
-        ret.AddPolygonWithHoles(PolygonWithHoles(*this));
-        return ret;
-    }
-    const Polygon contour(offset.m_Value, !resolve_loops);
-    if (!resolve_loops)
-    {
-        if (!contour.empty())
-            ret.AddPolygonWithHoles(PolygonWithHoles(contour));
-        return ret;
-    }
-    return contour.RemoveSelfIntersections(accuracy, false, true, nullptr);
-}
-
-PolygonWithHolesCollection Polygon::Shrink(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
-                                           Unit joint_value) const
-{
-    VELLUM_ASSERT(by >= k_Unit_0 && accuracy >= k_Unit_0);
-    PolygonWithHolesCollection ret;
-    if (by == k_Unit_0)
-    {
-        if (!empty())
-            ret.AddPolygonWithHoles(PolygonWithHoles(*this));
-        return ret;
-    }
-    if (empty())
-        return ret;
-    const Box box = GetBBox();
-    if (base::GetMinOf_T(box.GetWidth(), box.GetHeight()) < by)
-        return ret;
-    const PolygonWithHolesCollection offset =
-        ResolveOffset(GetOffset(-by, accuracy, joint_mode, joint_value), accuracy, resolve_loops);
-    // Shrunk by more than half its width, a polygon turns inside out: the
-    // offset sides cross over and close a loop that still turns
-    // counter-clockwise, so nothing above drops it. Every point of a true
-    // inner offset lies `by` from the contour; an outline whose first edge
-    // passes clearly closer is such an inverted remnant.
-    const Unit clearance = by * 0.99 - accuracy;
-    std::vector<PolygonWithHoles> kept;
-    for (const PolygonWithHoles& part : offset)
-        if (clearance <= k_Unit_0 ||
-            !PolyArc::IntersectsWith(part.GetPolygon().GetFirstEdge().GetMiddle(), clearance))
-            kept.push_back(part);
-    if (static_cast<int>(kept.size()) == offset.size())
-        return offset;
-    return PolygonWithHolesCollection(kept);
-}
-
-PolygonWithHolesCollection Polygon::Expand(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
-                                           Unit joint_value) const
-{
-    VELLUM_ASSERT(by >= k_Unit_0 && accuracy >= k_Unit_0);
-    PolygonWithHolesCollection ret;
-    if (empty())
-        return ret;
-    if (by == k_Unit_0)
-    {
-        ret.AddPolygonWithHoles(PolygonWithHoles(*this));
-        return ret;
-    }
-    const Result_T<std::vector<Arc>> offset = GetOffset(by, accuracy, joint_mode, joint_value);
-    if (!offset.m_Success || offset.m_Value.empty())
-    {
-        // Nothing of a point polygon survives the offset; grown, it is a disc.
-        Point only;
-        if (GetEdgeCount() == 1 && GetFirstEdge().IsPoint(k_Unit_0, &only))
-            ret.AddPolygonWithHoles(PolygonWithHoles(Polygon(Circle(only, by))));
-        return ret;
-    }
-    return ResolveOffset(offset, accuracy, resolve_loops);
-}
-
 // --- Simple loops ---
 
 std::vector<Arc> Polygon::RemoveDegenerateEdges(const std::vector<Arc>& arcs, Unit accuracy, bool* changed)

@@ -3,6 +3,7 @@
 
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/GeomStl.h"
+#include "lib/math/geometry/PolyArcIntersectionGraph2.h"
 #include "lib/math/geometry/PolygonWithHolesCollection.h"
 
 namespace geom
@@ -198,13 +199,19 @@ PolygonWithHolesCollection PolygonWithHoles::Shrink(Unit by, Unit accuracy, bool
     if (ret.empty() || !HasHoles())
         return ret;
     // The material shrinks away from each void too: the voids grow by the
-    // same distance and are taken out of the shrunk outline.
+    // same distance and are taken out of the shrunk outline. Voids closer
+    // than twice the distance grow into each other; they are united first,
+    // so that the graph of the subtraction sees each place covered once.
     std::vector<PolygonWithHoles> grown;
     for (const Polygon& hole : m_Holes)
         for (const PolygonWithHoles& part : hole.Expand(by, accuracy, resolve_loops, joint_mode, joint_value))
             grown.push_back(PolygonWithHoles(part.GetPolygon()));
     if (grown.empty())
         return ret;
-    return ret.Subtract(PolygonWithHolesCollection(grown), accuracy);
+    PolygonWithHolesCollection voids(grown);
+    const Unit working = base::GetMaxOf_T(base::GetMaxOf_T(accuracy, GetEpsilon()), voids.GetEpsilon());
+    if (grown.size() > 1)
+        voids = PolyArcIntersectionGraph2(voids, working).GetResult();
+    return ret.Subtract(voids, working);
 }
 } // namespace geom
