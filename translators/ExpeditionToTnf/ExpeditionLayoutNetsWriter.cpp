@@ -12,9 +12,9 @@
 using io::CBlock_func;
 using io::CBlockPtr;
 
-CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& elements)
+void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& layout)
 {
-    CBlockPtr block(L"LayoutNets");
+    io::CBlock_stream block(layout, L"LayoutNets");
     for (ExpeditionBaseElement* element : elements)
     {
         ExpeditionLayoutNet* net = element->AsLayoutNet();
@@ -44,11 +44,11 @@ CBlockPtr ExpeditionToTnf::WriteLayoutNets(ElementList& elements)
             *entry << item;
         }
         WritePlaneShapes(*entry, *net);
-        *block << entry;
-        // Nothing after this block asks for the net's copper.
+        block << entry;
+        // The net is in the file; nothing after this block asks for its copper.
+        entry = CBlockPtr();
         net->ReleaseCopper();
     }
-    return block;
 }
 
 namespace

@@ -86,9 +86,11 @@ CBlockPtr ExpeditionToTnf::WriteComponentProperties(const ExpeditionComponent& c
     return properties;
 }
 
-CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
+void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& layoutCell)
 {
-    CBlockPtr block(L"Netlist");
+    // Each instance and net goes to the file as it is made; only the index of
+    // the pins stays until the nets are written.
+    io::CBlock_stream block(layoutCell, L"Netlist");
     NetlistPins pins;
     const PartValuesIndex partValues(m_PartValues);
     int counter = 0;
@@ -106,7 +108,7 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
         CBlock_func function(refDes);
         function << type;
         *instance << function << WriteComponentProperties(*component, partNumber, partValues);
-        *block << instance;
+        block << instance;
         for (size_t p = 0; p < component->m_Pins.size(); ++p)
         {
             NetlistPins::Pin& pin = pins.m_Pins[refDes + L"-" + component->m_Pins[p]->m_Name];
@@ -114,11 +116,10 @@ CBlockPtr ExpeditionToTnf::WriteNetlist(ElementList& elements)
             pin.m_RefDes = refDes;
         }
     }
-    WriteNets(elements, pins, *block);
-    return block;
+    WriteNets(elements, pins, block);
 }
 
-void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock& block)
+void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock_stream& block)
 {
     bool warned = false;
     for (ExpeditionBaseElement* element : elements)

@@ -19,7 +19,6 @@ ExpeditionToTnf::ExpeditionToTnf() = default;
 
 ExpeditionToTnf::~ExpeditionToTnf()
 {
-    m_RunTree = CBlockPtr();
     m_RunParser.reset();
     for (auto it = m_RunElements.rbegin(); it != m_RunElements.rend(); ++it)
         delete *it;
@@ -100,15 +99,15 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
     // 7. The root and its head items. The tree of a large board repeats a few
     // names and texts millions of times; they are held once.
     io::CBlock_text_sharing sharedTexts;
-    CBlockPtr root(L"TarvexNeutralFile");
+    io::CBlock_stream root(stream, L"TarvexNeutralFile");
     CBlock_func version(L"Version");
     version << L"4" << L"0";
-    *root << version;
+    root << version;
     CBlock_func source(L"Source");
     source << AString(L"MentorExpedition") << AString(L"Version 2002") << AString();
-    *root << source;
-    *root << CNamed_value_manip<AString>(L"Date", CBlock_value(date), &date);
-    *root << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
+    root << source;
+    root << CNamed_value_manip<AString>(L"Date", CBlock_value(date), &date);
+    root << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
 
     // 8. The two names of the unconnected net are left as the model has them:
     // the netlist writer turns "(net0)" into "DUMMY" itself.
@@ -121,18 +120,20 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
     // 9. Reference designators that begin with "U" are taken.
     ReserveReferenceDesignators(elements);
 
-    // 10-17. The blocks, in the file's order.
-    *root << WritePadShapes(elements);
-    *root << WritePadStacks(elements);
+    // 10-18. The blocks, in the file's order. Each goes to the file as soon as
+    // it is complete and is let go, so that a large board is never held as a
+    // model and a whole tree side by side; the text is the one the whole tree
+    // would give. The stream writes into a temporary file that only Close
+    // puts in place.
+    root << WritePadShapes(elements);
+    root << WritePadStacks(elements);
     ExpandPins(elements);
-    *root << CBlockPtr(L"Symbols");
-    *root << WriteFootprints(elements);
-    *root << CBlockPtr(L"Materials");
-    *root << WriteComponents(elements);
-    *root << WriteLayoutData(elements);
-
-    // 18. Only now does text reach the file.
-    stream << *root;
+    root << CBlockPtr(L"Symbols");
+    root << WriteFootprints(elements);
+    root << CBlockPtr(L"Materials");
+    root << WriteComponents(elements);
+    WriteLayoutData(elements, root);
+    root.Close();
 
     // 19-20. Report.
     AString success = file.NameWithExt() + L" written successfully.";
@@ -153,34 +154,33 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
     // program about to end can leave that to the system.
     m_RunParser = std::move(parser);
     m_RunElements = std::move(elements);
-    m_RunTree = root;
 }
 
-CBlockPtr ExpeditionToTnf::WriteLayoutData(ElementList& elements)
+void ExpeditionToTnf::WriteLayoutData(ElementList& elements, io::CBlock_stream& root)
 {
-    CBlockPtr layoutData(L"LayoutData");
-    CBlockPtr layoutCell(L"LayoutCell");
-    *layoutCell << CNamed_value_manip<AString>(L"CellName", CBlock_value(L"ExpeditionBoard"));
+    io::CBlock_stream layoutData(root, L"LayoutData");
+    io::CBlock_stream layoutCell(layoutData, L"LayoutCell");
+    layoutCell << CNamed_value_manip<AString>(L"CellName", CBlock_value(L"ExpeditionBoard"));
 
     // The netlist first, then the layout: the running shape id counts through
     // the layout nets before it reaches the physical dimensions.
-    *layoutCell << WriteNetlist(elements);
-    CBlockPtr layout(L"Layout");
-    *layout << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
-    *layout << WriteLayers(elements);
-    *layout << CBlockPtr(L"LayoutPorts");
-    *layout << WriteLayoutComponents(elements);
-    *layout << WriteLayoutNets(elements);
-    *layoutCell << layout;
-    *layoutData << layoutCell;
+    WriteNetlist(elements, layoutCell);
+    {
+        io::CBlock_stream layout(layoutCell, L"Layout");
+        layout << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
+        layout << WriteLayers(elements);
+        layout << CBlockPtr(L"LayoutPorts");
+        layout << WriteLayoutComponents(elements);
+        WriteLayoutNets(elements, layout);
+    }
+    layoutCell.Close();
 
-    CBlockPtr design(L"Design");
-    *design << CNamed_value_manip<AString>(L"Name", CBlock_value(L"ExpeditionBoard"));
-    CBlockPtr topLayout(L"TopLayout");
-    *topLayout << WriteLayers(elements);
-    *topLayout << WritePhysicalDimensions(elements);
-    *design << topLayout;
-    *design << CBlockPtr(L"Instances");
-    *layoutData << design;
-    return layoutData;
+    io::CBlock_stream design(layoutData, L"Design");
+    design << CNamed_value_manip<AString>(L"Name", CBlock_value(L"ExpeditionBoard"));
+    {
+        io::CBlock_stream topLayout(design, L"TopLayout");
+        topLayout << WriteLayers(elements);
+        topLayout << WritePhysicalDimensions(elements);
+    }
+    design << CBlockPtr(L"Instances");
 }

@@ -2,10 +2,10 @@
 // neutral file's blocks.
 //
 // One ExpeditionToTnf serves one run: Translate reads the job through
-// ExpeditionParser, takes over the tables the readers leave, builds the whole
-// block tree in memory, one writer per block in the file's fixed order, and
-// puts it on the output stream with one <<. The maps and sets below are what
-// passes between the writers.
+// ExpeditionParser, takes over the tables the readers leave, and builds the
+// block tree, one writer per block in the file's fixed order; each top-level
+// block goes to the output stream as soon as it is complete. The maps and
+// sets below are what passes between the writers.
 #pragma once
 
 #include "core/lib/vellum/streamio/Block.h"
@@ -58,11 +58,15 @@ public:
     void ExpandPins(ElementList& elements);
     io::CBlockPtr WriteFootprints(ElementList& elements);
     io::CBlockPtr WriteComponents(ElementList& elements);
-    io::CBlockPtr WriteLayoutData(ElementList& elements);
-    io::CBlockPtr WriteNetlist(ElementList& elements);
+    // Writes LayoutData into the root as its blocks are complete.
+    void WriteLayoutData(ElementList& elements, io::CBlock_stream& root);
+    // Writes the Netlist block into the layout cell an item at a time.
+    void WriteNetlist(ElementList& elements, io::CBlock_stream& layoutCell);
     io::CBlockPtr WriteLayers(ElementList& elements);
     io::CBlockPtr WriteLayoutComponents(ElementList& elements);
-    io::CBlockPtr WriteLayoutNets(ElementList& elements);
+    // Writes LayoutNets into the layout one net at a time, freeing each net's
+    // copper once it is written.
+    void WriteLayoutNets(ElementList& elements, io::CBlock_stream& layout);
     io::CBlockPtr WritePhysicalDimensions(ElementList& elements);
 
     int m_PhysicalLayers = 0;
@@ -102,10 +106,9 @@ public:
                                 double width);
 
 private:
-    // What a run built: the model, the reader and the block tree.
+    // What a run built: the model and the reader.
     ElementList m_RunElements;
     std::unique_ptr<ExpeditionParser> m_RunParser;
-    io::CBlockPtr m_RunTree;
 
     void WriteBoardOutline(io::CBlock& block, ExpeditionShapes& outline);
     void WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour);
@@ -117,7 +120,7 @@ private:
     struct PartValuesIndex;
     io::CBlockPtr WriteComponentProperties(const ExpeditionComponent& component, const AString& partNumber,
                                            const PartValuesIndex& partValues);
-    void WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock& block);
+    void WriteNets(ElementList& elements, NetlistPins& pins, io::CBlock_stream& block);
     struct PadStackLookup;
     io::CBlockFuncPtr MakeHoleItem(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
     io::CBlockFuncPtr MakeLayerItem(const ExpeditionPadStack& padStack, const wchar_t* label, int layer,

@@ -487,29 +487,87 @@ CBlock& CBlock::operator>>(CBlock_named_value& named)
     return *this;
 }
 
-void CBlock::write(CAbstract_ostream& out) const
+namespace
+{
+void WriteBlockBegin(CAbstract_ostream& out, const AString& name)
 {
     out.PutIndent();
     out.PutRaw("$begin ");
-    out.PutQuoted(m_Name);
+    out.PutQuoted(name);
     out.PutNewLine();
     out.Indent(1);
-    for (const auto& child : m_Children)
+}
+
+// A nested block writes its own lines; any other child stands on a line of
+// its own.
+void WriteBlockChild(CAbstract_ostream& out, const CBlock_item& child)
+{
+    if (child.IsBlock())
     {
-        if (child->IsBlock())
-        {
-            child->write(out);
-            continue;
-        }
-        out.PutIndent();
-        child->write(out);
-        out.PutNewLine();
+        child.write(out);
+        return;
     }
+    out.PutIndent();
+    child.write(out);
+    out.PutNewLine();
+}
+
+void WriteBlockEnd(CAbstract_ostream& out, const AString& name)
+{
     out.Indent(-1);
     out.PutIndent();
     out.PutRaw("$end ");
-    out.PutQuoted(m_Name);
+    out.PutQuoted(name);
     out.PutNewLine();
+}
+} // namespace
+
+void CBlock::write(CAbstract_ostream& out) const
+{
+    WriteBlockBegin(out, m_Name);
+    for (const auto& child : m_Children)
+        WriteBlockChild(out, *child);
+    WriteBlockEnd(out, m_Name);
+}
+
+// ------------------------------------------------------------ block streams
+
+CBlock_stream::CBlock_stream(CAbstract_ostream& out, const AString& name) : m_Out(out), m_Name(name)
+{
+    WriteBlockBegin(m_Out, m_Name);
+}
+
+CBlock_stream::CBlock_stream(CBlock_stream& parent, const AString& name) : CBlock_stream(parent.m_Out, name)
+{
+}
+
+CBlock_stream& CBlock_stream::operator<<(const CBlockPtr& child)
+{
+    if (child && m_Open)
+        WriteBlockChild(m_Out, *child);
+    return *this;
+}
+
+CBlock_stream& CBlock_stream::operator<<(const CBlock_func& child)
+{
+    if (m_Open)
+        WriteBlockChild(m_Out, child);
+    return *this;
+}
+
+CBlock_stream& CBlock_stream::operator<<(const CBlock_named_value& child)
+{
+    if (m_Open)
+        WriteBlockChild(m_Out, child);
+    return *this;
+}
+
+void CBlock_stream::Close()
+{
+    if (!m_Open)
+        return;
+    m_Open = false;
+    WriteBlockEnd(m_Out, m_Name);
 }
 
 } // namespace io

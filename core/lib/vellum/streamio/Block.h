@@ -1,10 +1,10 @@
 // Block.h - the block model: a tree of named items that stands for a whole
 // text file.
 //
-// The neutral file is one such tree, built in memory by the block writers and
-// written with one <<. Items are shared through counted pointers, so that a
-// writer can keep changing an item after it was added to its parent. The text
-// form is
+// The neutral file is one such tree, built by the block writers and written
+// either with one << or, block by block, through a CBlock_stream. Items are
+// shared through counted pointers, so that a writer can keep changing an item
+// after it was added to its parent. The text form is
 //
 //   $begin 'Name'              a block, its items indented one tab per level
 //       Func(arg, arg, Nested(arg))
@@ -407,5 +407,38 @@ inline const CBlock& operator>>(const CBlock& block, const CQuery_ok_manip& mani
     *manip.m_Ok = block.LastQueryOk();
     return block;
 }
+
+// A block written while it is being built: its opening line goes out at once,
+// each child as it is added, and the closing line on Close or destruction. The
+// text is the one CBlock::write gives for the same children, so a writer can
+// hand the items of a large block to the file one at a time and let them go
+// instead of holding the whole tree of a board. A block may be opened inside
+// another one; nothing is added to the outer one while the inner one is open.
+// A child must be complete when it is added: later changes to it don't reach
+// the file.
+class CBlock_stream
+{
+public:
+    CBlock_stream(CAbstract_ostream& out, const AString& name);
+    CBlock_stream(CBlock_stream& parent, const AString& name);
+    ~CBlock_stream() { Close(); }
+    CBlock_stream(const CBlock_stream&) = delete;
+    CBlock_stream& operator=(const CBlock_stream&) = delete;
+
+    CBlock_stream& operator<<(const CBlockPtr& child);
+    CBlock_stream& operator<<(const CBlock_func& child);
+    CBlock_stream& operator<<(const CBlock_named_value& child);
+    template <class T> CBlock_stream& operator<<(const CNamed_value_manip<T>& manip)
+    {
+        return *this << manip.Named();
+    }
+    // Writes the closing line; further calls do nothing.
+    void Close();
+
+private:
+    CAbstract_ostream& m_Out;
+    AString m_Name;
+    bool m_Open = true;
+};
 
 } // namespace io

@@ -222,6 +222,65 @@ TEST(Block, RandomTreesRoundTrip)
     }
 }
 
+namespace
+{
+// Hands the children of a tree to a stream block, nested blocks alternately
+// as streams of their own and as whole blocks.
+void StreamChildren(CBlock_stream& parent, const CBlock& block, bool& nestedAsStream)
+{
+    for (auto it = block.begin(); it != block.end(); ++it)
+    {
+        CBlock_item* item = block.Item(it).Item();
+        if (item->IsBlock())
+        {
+            auto* child = static_cast<CBlock*>(item);
+            nestedAsStream = !nestedAsStream;
+            if (!nestedAsStream)
+            {
+                parent << CBlockPtr(child);
+                continue;
+            }
+            CBlock_stream nested(parent, child->Name());
+            StreamChildren(nested, *child, nestedAsStream);
+        }
+        else if (item->IsFunc())
+            parent << *static_cast<CBlock_func*>(item);
+        else
+            parent << *static_cast<CBlock_named_value*>(item);
+    }
+}
+} // namespace
+
+// A tree written item by item through stream blocks is the text of the whole
+// tree, byte for byte; a closed stream block takes nothing more.
+TEST(Block, StreamedBlocksWriteTheTextOfTheWholeTree)
+{
+    std::mt19937 random(20261124);
+    for (int round = 0; round < 100; ++round)
+    {
+        CBlockPtr tree = RandomTree(random);
+        CString_ostream out;
+        out.SetPrecision(10);
+        bool nestedAsStream = (round % 2) == 0;
+        {
+            CBlock_stream root(out, tree->Name());
+            StreamChildren(root, *tree, nestedAsStream);
+        }
+        EXPECT_EQ(out.str(), Text(*tree)) << round;
+    }
+
+    CString_ostream out;
+    CBlock_stream root(out, L"Root");
+    root << CBlock_named_value(L"Id", CBlock_value(7));
+    {
+        CBlock_stream empty(root, L"Empty");
+    }
+    root.Close();
+    root << CBlock_named_value(L"Late", CBlock_value(8));
+    root.Close();
+    EXPECT_EQ(out.str(), "$begin 'Root'\n\tId=7\n\t$begin 'Empty'\n\t$end 'Empty'\n$end 'Root'\n");
+}
+
 // Inside a sharing scope equal names and texts are one item; the tree reads
 // and writes as it would without, and outlives the scope.
 TEST(Block, SharedTextsChangeNothingButTheirCount)
