@@ -1272,8 +1272,8 @@ def main(argv=None):
     ap.add_argument("--check", action="store_true",
                     help="check the geometry (parts apart, traces on their nets, voids apart) and fail on a fault")
     args = ap.parse_args(argv)
-    if args.size_mb <= 0 or args.size_mb > 400:
-        ap.error("--size-mb must be above 0 and at most 400")
+    if args.size_mb <= 0 or args.size_mb > 1200:
+        ap.error("--size-mb must be above 0 and at most 1200")
     layers = args.layers
     if layers is None:
         # Bigger boards get more layers: 6 up to 1 MB, then more.
