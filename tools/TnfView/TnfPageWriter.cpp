@@ -157,7 +157,27 @@ struct PathKey
         return std::tie(m_Kind, m_Net, m_Width) < std::tie(o.m_Kind, o.m_Net, o.m_Width);
     }
 };
-using LayerPaths = std::map<PathKey, std::string>;
+// The pads and traces of one net come one after another, so the last path
+// used is kept at hand.
+class LayerPaths
+{
+public:
+    std::string& operator[](const PathKey& key)
+    {
+        if (!m_Last || m_LastKey < key || key < m_LastKey)
+        {
+            m_LastKey = key;
+            m_Last = &m_Paths[key];
+        }
+        return *m_Last;
+    }
+    const std::map<PathKey, std::string>& All() const { return m_Paths; }
+
+private:
+    std::map<PathKey, std::string> m_Paths;
+    PathKey m_LastKey{};
+    std::string* m_Last = nullptr;
+};
 
 struct Box
 {
@@ -458,7 +478,7 @@ private:
 
     static void AppendPaths(std::string& out, const LayerPaths& paths)
     {
-        for (const auto& [key, d] : paths)
+        for (const auto& [key, d] : paths.All())
         {
             out += "<path class=\"";
             out.push_back(key.m_Kind);

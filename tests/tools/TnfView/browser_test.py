@@ -202,6 +202,15 @@ class Page:
             self.failures.append("%s: %s at (%g, %g) is #%02x%02x%02x, %s #%02x%02x%02x" % (
                 self.name, what, x, y, *got, "expected" if equal else "must not be", *colour))
 
+    def hover(self, what, x, y, words):
+        """Moves the mouse to board point (x, y); the line below the board
+        must name all the words."""
+        px, py = self.browser.evaluate("tnfView.toPage(%r, %r)" % (x, y))
+        self.browser.call("Input.dispatchMouseEvent", type="mouseMoved", x=px, y=py)
+        text = self.browser.evaluate("document.getElementById('info').textContent")
+        if not all(w in text for w in words):
+            self.failures.append("%s: hovering %s at (%g, %g) shows %r, not %s" % (self.name, what, x, y, text, words))
+
     def show_layer(self, index, on):
         self.browser.evaluate("""(() => { const b = document.querySelector('#legend input[data-layer="%d"]');
             if (b.checked !== %s) b.click(); })()""" % (index, "true" if on else "false"))
@@ -340,6 +349,9 @@ def check_demo(browser, work, tnfview, translator, source, screenshot):
     page = Page(browser, "Demo4Layer")
     page.expect("the +3V3 trace on Top_1", 22, 21.905, TOP)
     page.expect("outside the board", -1, 20, BACKGROUND)
+    page.hover("the +3V3 trace", 22, 21.905, ["net +3V3", "on Top_1"])
+    # U1's pin 8 (SOIC8 at (18, 20), pin at (2.7, 1.905)) is on net +3V3.
+    page.hover("U1 pin 8", 20.7, 21.905, ["pin U1.8", "net +3V3"])
     page.only_layer(1, 4)
     # The GND plane PLANE_2 keeps a void of 7 mm round the mounting hole at
     # (45, 5), whose inner pad is 6 mm and whose drill is 3.2 mm.
@@ -386,7 +398,10 @@ def main():
             start = time.time()
             browser.load(args.measure, timeout=600)
             loaded = time.time()
-            browser.screenshot()
+            shot = browser.screenshot()
+            if args.screenshot:
+                with open(args.screenshot, "wb") as f:
+                    f.write(shot)
             print("%s: loaded and drawn in %.1f s, captured after %.1f s; errors: %s" % (
                 args.measure, loaded - start, time.time() - start, browser.errors() or "none"))
             return 0
