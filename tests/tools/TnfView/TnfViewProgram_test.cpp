@@ -117,22 +117,32 @@ struct ProgramRun
     std::string m_Errors;
 };
 
-ProgramRun RunTnfView(const fs::path& input, const fs::path& output)
+// Runs the program with the arguments (quoted as needed), standard output
+// and standard error into files beside the output.
+ProgramRun RunArguments(const std::string& arguments, const fs::path& dir, std::string* output = nullptr)
 {
-    const fs::path errors = output.string() + ".stderr";
-    std::string command = std::string("\"") + TNF_TNFVIEW_EXE + "\" \"" + input.string() + "\" \"" +
-                          output.string() + "\" 2>\"" + errors.string() + "\"";
+    const fs::path errors = dir / "stderr.txt", out = dir / "stdout.txt";
+    std::string command = std::string("\"") + TNF_TNFVIEW_EXE + "\" " + arguments + " >\"" + out.string() +
+                          "\" 2>\"" + errors.string() + "\"";
 #ifdef _WIN32
     // cmd takes off the outermost pair of quotes.
     command = "\"" + command + "\"";
 #endif
     const int status = std::system(command.c_str());
     ProgramRun run{status, ReadAll(errors)};
+    if (output)
+        *output = ReadAll(out);
     fs::remove(errors);
+    fs::remove(out);
 #ifndef _WIN32
     run.m_Status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 #endif
     return run;
+}
+
+ProgramRun RunTnfView(const fs::path& input, const fs::path& output)
+{
+    return RunArguments("\"" + input.string() + "\" \"" + output.string() + "\"", output.parent_path());
 }
 
 class TnfViewProgram : public ::testing::Test
@@ -204,6 +214,29 @@ TEST_F(TnfViewProgram, AGoodFileGivesAPageWithItsDateAndCounts)
     EXPECT_EQ(page.find("src="), std::string::npos);
     EXPECT_EQ(page.find("href="), std::string::npos);
     EXPECT_EQ(page.find("http:", page.find("</svg>")), std::string::npos);
+}
+
+TEST_F(TnfViewProgram, VersionHelpAndUsage)
+{
+    std::string out;
+    const ProgramRun version = RunArguments("--version", m_Dir, &out);
+    EXPECT_EQ(version.m_Status, 0);
+    EXPECT_EQ(out.rfind("TnfView ", 0), 0u) << out;
+    EXPECT_NE(out.find_first_of("0123456789"), std::string::npos) << out;
+    const ProgramRun help = RunArguments("--help", m_Dir, &out);
+    EXPECT_EQ(help.m_Status, 0);
+    EXPECT_NE(out.find("TnfView <file.tnf> [output.html]"), std::string::npos) << out;
+    const ProgramRun none = RunArguments("", m_Dir, &out);
+    EXPECT_EQ(none.m_Status, 1);
+    EXPECT_NE(none.m_Errors.find("Usage"), std::string::npos);
+}
+
+TEST_F(TnfViewProgram, ThePageGoesBesideTheInputUnderItsNameByDefault)
+{
+    const fs::path input = Write("board.v2.tnf", k_Board);
+    const ProgramRun run = RunArguments("\"" + input.string() + "\"", m_Dir);
+    EXPECT_EQ(run.m_Status, 0) << run.m_Errors;
+    EXPECT_TRUE(fs::exists(m_Dir / "board.v2.html"));
 }
 
 TEST(TnfPlacement, APartOnTheBottomIsMirroredInXThenTurnedByItsOwnRotation)
