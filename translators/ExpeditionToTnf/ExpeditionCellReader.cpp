@@ -5,6 +5,7 @@
 // does not state one inherits it from the cell before. Pin names are made
 // unique within a cell, because placed components refer to pins by name.
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionUniqueNames.h"
 
 namespace
 {
@@ -75,7 +76,7 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
     AString name;
     stream >> name;
     std::vector<ExpeditionPin*> pins;
-    std::vector<AString> pinNames;
+    ExpeditionUniqueNames pinNames;
     std::vector<ExpeditionShapes*> shapes;
     std::vector<ExpeditionText*> texts;
     std::vector<ExpeditionAttribute> attributes; // one-line texts of a cell are dropped
@@ -111,8 +112,7 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
         {
             if (ExpeditionPin* pin = ReadCellPin(stream, token, factor))
             {
-                pin->m_Name = MakeUniqueName(pin->m_Name, pinNames);
-                pinNames.push_back(pin->m_Name);
+                pin->m_Name = pinNames.Take(pin->m_Name);
                 pins.push_back(pin);
             }
         }
