@@ -13,7 +13,7 @@ run here (CTest shows the test as skipped, with the reason in its output).
   browser_test.py --tnfview EXE --translator EXE --source DIR [--screenshot PNG]
   browser_test.py --measure PAGE.html      time to load and draw one page
 """
-import argparse, base64, json, os, shutil, struct, subprocess, sys, tempfile, time, zlib
+import argparse, base64, json, os, select, shutil, struct, subprocess, sys, tempfile, time, zlib
 
 SKIP = 77
 WIDTH, HEIGHT = 1200, 800
@@ -65,8 +65,10 @@ class Browser:
         self.call("Emulation.setDeviceMetricsOverride", width=WIDTH, height=HEIGHT, deviceScaleFactor=1,
                   mobile=False)
 
-    def read_message(self):
+    def read_message(self, timeout=180):
         while b"\0" not in self.buffer:
+            if not select.select([self.from_chrome], [], [], timeout)[0]:
+                raise RuntimeError("chromium said nothing for %d s" % timeout)
             chunk = os.read(self.from_chrome, 1 << 20)
             if not chunk:
                 raise RuntimeError("chromium closed its pipe: " + self.proc.stderr.read().decode(errors="replace")[-2000:])
