@@ -14,7 +14,9 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace tnfview
 {
@@ -567,6 +569,12 @@ bool ReadTnfBoard_G(const std::string& path, TnfBoard& board, std::string& error
         error = "cannot be read";
         return false;
     }
+    // One read into a string of the file's size where the size is known; a
+    // file of a large board runs to hundreds of MB.
+    std::error_code ec;
+    const auto size = std::filesystem::file_size(path, ec);
+    if (!ec && size < (std::uintmax_t(1) << 40))
+        text.reserve(static_cast<size_t>(size) + 1);
     char buffer[1 << 16];
     for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
         text.append(buffer, n);

@@ -534,6 +534,11 @@ private:
 
     void Svg(std::string& out) const
     {
+        size_t size = m_Pins.size();
+        for (const LayerPaths& layer : m_Layers)
+            for (const auto& path : layer.All())
+                size += path.second.size() + 64;
+        out.reserve(out.size() + size + (1 << 16));
         const double w = m_Box.m_MaxX - m_Box.m_MinX, h = m_Box.m_MaxY - m_Box.m_MinY;
         const double margin = std::max(std::max(w, h) * 0.03, 0.5);
         out += "<div id=\"view\"><svg id=\"board\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"";
