@@ -336,7 +336,30 @@ def check_small(browser, work, tnfview):
     page.expect("where an unmirrored pad would be", 5, 6, SUBSTRATE)
     page.show_layer(2, False)
     page.expect("a hidden plane", 7, 5, SUBSTRATE)
+    check_zoom_and_pan(browser, page)
     return page
+
+
+def check_zoom_and_pan(browser, page):
+    """The wheel zooms about the pointer; a drag moves the board with the
+    mouse."""
+    px, py = browser.evaluate("tnfView.toPage(3, 3)")
+    scale = browser.evaluate("document.getElementById('board').getScreenCTM().a")
+    browser.call("Input.dispatchMouseEvent", type="mouseWheel", x=px, y=py, deltaX=0, deltaY=-200)
+    bx, by = browser.evaluate("tnfView.toBoard(%r, %r)" % (px, py))
+    zoomed = browser.evaluate("document.getElementById('board').getScreenCTM().a")
+    if not (zoomed > scale * 1.2 and abs(bx - 3) < 0.01 and abs(by - 3) < 0.01):
+        page.failures.append("wheel: scale %g to %g, the point under the pointer went to (%g, %g)" % (
+            scale, zoomed, bx, by))
+    browser.call("Input.dispatchMouseEvent", type="mousePressed", x=px, y=py, button="left", clickCount=1)
+    for step in range(1, 6):
+        browser.call("Input.dispatchMouseEvent", type="mouseMoved", x=px + 20 * step, y=py + 10 * step,
+                     button="left", buttons=1)
+    browser.call("Input.dispatchMouseEvent", type="mouseReleased", x=px + 100, y=py + 50, button="left",
+                 clickCount=1)
+    qx, qy = browser.evaluate("tnfView.toPage(3, 3)")
+    if abs(qx - (px + 100)) > 1 or abs(qy - (py + 50)) > 1:
+        page.failures.append("drag by (100, 50) moved the point from (%g, %g) to (%g, %g)" % (px, py, qx, qy))
 
 
 def check_demo(browser, work, tnfview, translator, source, screenshot):
