@@ -3,7 +3,7 @@
 //
 // The script reads the tables that the page writer puts in front of it: TNF
 // with the layer, net and component names and the pins as [x, y, reach,
-// component, pin name, net]. It turns layers on and off, zooms with the
+// component, pin name, net, first layer, last layer]. It turns layers on and off, zooms with the
 // wheel about the pointer, pans by dragging, and names the net (and the pin)
 // under the pointer; a click keeps that text. window.tnfView lets a test
 // turn board coordinates into page coordinates.
@@ -100,13 +100,17 @@ const char* const k_PageScript = R"JS(
     var g = document.getElementById('layer-' + layer);
     return g && g.style.display !== 'none';
   }
-  // The pin nearest the point within its pad's reach.
+  function anyVisible(first, last) {
+    for (var layer = first; layer <= last; layer++) if (visible(layer)) return true;
+    return false;
+  }
+  // The pin nearest the point within its pads' reach, on a layer shown.
   function pinAt(x, y) {
     var best = null, bestD = Infinity;
     for (var i = 0; i < TNF.pins.length; i++) {
       var p = TNF.pins[i];
       var d = Math.hypot(p[0] - x, p[1] - y);
-      if (d <= p[2] && d < bestD) { best = p; bestD = d; }
+      if (d <= p[2] && d < bestD && anyVisible(p[6], p[7])) { best = p; bestD = d; }
     }
     return best;
   }

@@ -428,7 +428,8 @@ private:
             const int net = PinNet(placement.m_RefDes, terminals, pin.m_Name, p);
             const TnfPlacementMap at =
                 part * TnfPlacementMap::Move(pin.m_X, pin.m_Y) * TnfPlacementMap::Rotate(pin.m_Rotation);
-            double reach = 0.0;
+            PinRecord record{0.0, 0.0, 0.0, last, 0};
+            at.Apply(record.m_X, record.m_Y);
             auto stack = m_Board.m_PadStacks.find(pin.m_PadStack);
             if (stack != m_Board.m_PadStacks.end())
             {
@@ -436,13 +437,13 @@ private:
                 {
                     const int layer = placement.m_Mirrored ? last - item.m_Layer : item.m_Layer;
                     const double r = AddPad(layer, net, item, at);
-                    reach = std::max(reach, r + std::hypot(item.m_X, item.m_Y));
+                    record.m_Reach = std::max(record.m_Reach, r + std::hypot(item.m_X, item.m_Y));
+                    record.m_FirstLayer = std::min(record.m_FirstLayer, layer);
+                    record.m_LastLayer = std::max(record.m_LastLayer, layer);
                 }
                 AddHole(stack->second, at);
             }
-            double x = 0.0, y = 0.0;
-            at.Apply(x, y);
-            AppendPin(x, y, reach, component, pin.m_Name, net);
+            AppendPin(record, component, pin.m_Name, net);
         }
     }
 
@@ -461,19 +462,27 @@ private:
         return found == m_Board.m_PinNets.end() ? -1 : found->second;
     }
 
-    void AppendPin(double x, double y, double reach, int component, const std::string& name, int net)
+    // Where a placed pin is and how far its pads reach, on which layers.
+    struct PinRecord
+    {
+        double m_X, m_Y, m_Reach;
+        int m_FirstLayer, m_LastLayer;
+    };
+
+    void AppendPin(const PinRecord& pin, int component, const std::string& name, int net)
     {
         if (!m_Pins.empty())
             m_Pins.push_back(',');
         m_Pins.push_back('[');
-        AppendNumber(m_Pins, x);
+        AppendNumber(m_Pins, pin.m_X);
         m_Pins.push_back(',');
-        AppendNumber(m_Pins, y);
+        AppendNumber(m_Pins, pin.m_Y);
         m_Pins.push_back(',');
-        AppendNumber(m_Pins, reach);
+        AppendNumber(m_Pins, pin.m_Reach);
         m_Pins += ',' + std::to_string(component) + ',';
         AppendJsonString(m_Pins, name);
-        m_Pins += ',' + std::to_string(net) + ']';
+        m_Pins += ',' + std::to_string(net) + ',' + std::to_string(pin.m_FirstLayer) + ',' +
+                  std::to_string(std::max(pin.m_FirstLayer, pin.m_LastLayer)) + ']';
     }
 
     static void AppendPaths(std::string& out, const LayerPaths& paths)

@@ -204,14 +204,15 @@ class Page:
             self.failures.append("%s: %s at (%g, %g) is #%02x%02x%02x, %s #%02x%02x%02x" % (
                 self.name, what, x, y, *got, "expected" if equal else "must not be", *colour))
 
-    def hover(self, what, x, y, words):
+    def hover(self, what, x, y, words, absent=()):
         """Moves the mouse to board point (x, y); the line below the board
-        must name all the words."""
+        must name all the words and none of the absent ones."""
         px, py = self.browser.evaluate("tnfView.toPage(%r, %r)" % (x, y))
         self.browser.call("Input.dispatchMouseEvent", type="mouseMoved", x=px, y=py)
         text = self.browser.evaluate("document.getElementById('info').textContent")
-        if not all(w in text for w in words):
-            self.failures.append("%s: hovering %s at (%g, %g) shows %r, not %s" % (self.name, what, x, y, text, words))
+        if not all(w in text for w in words) or any(w in text for w in absent):
+            self.failures.append("%s: hovering %s at (%g, %g) shows %r, not %s without %s" % (
+                self.name, what, x, y, text, words, list(absent)))
 
     def show_layer(self, index, on):
         self.browser.evaluate("""(() => { const b = document.querySelector('#legend input[data-layer="%d"]');
@@ -378,6 +379,8 @@ def check_demo(browser, work, tnfview, translator, source, screenshot):
     # U1's pin 8 (SOIC8 at (18, 20), pin at (2.7, 1.905)) is on net +3V3.
     page.hover("U1 pin 8", 20.7, 21.905, ["pin U1.8", "net +3V3"])
     page.only_layer(1, 4)
+    page.hover("the GND plane over U1 pin 8 on the hidden top", 20.7, 21.905, ["net GND", "on PLANE_2"],
+               absent=["U1.8"])
     # The GND plane PLANE_2 keeps a void of 7 mm round the mounting hole at
     # (45, 5), whose inner pad is 6 mm and whose drill is 3.2 mm.
     page.expect("inside the void round H2", 45, 8.25, SUBSTRATE)
