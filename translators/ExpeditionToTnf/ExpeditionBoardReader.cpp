@@ -1,5 +1,6 @@
 // ExpeditionBoardReader.cpp - the board outline with its contours, and the
 // route outline, of Layout.hkp.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -8,11 +9,6 @@
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 std::vector<ExpeditionVertex*> CopyVertices(const std::vector<ExpeditionVertex*>& vertices)
 {
     std::vector<ExpeditionVertex*> copy;
@@ -59,10 +55,10 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
 
     while (!stream.eof())
     {
-        if (Is(token, L"BOARD_ORIGIN"))
+        if (IsKeyword_G(token, L"BOARD_ORIGIN"))
         {
             NextToken(stream, token);
-            if (Is(token, L"XY"))
+            if (IsKeyword_G(token, L"XY"))
             {
                 stream >> scratch;
                 if (scratch == L"(")
@@ -75,10 +71,10 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
             }
             NextToken(stream, token);
         }
-        else if (Is(token, L"BOARD_OUTLINE"))
+        else if (IsKeyword_G(token, L"BOARD_OUTLINE"))
         {
             NextToken(stream, token);
-            if (Is(token, L"GROUP_ID"))
+            if (IsKeyword_G(token, L"GROUP_ID"))
             {
                 stream >> scratch;
                 NextToken(stream, token);
@@ -93,13 +89,14 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
             }
             NextToken(stream, token);
         }
-        else if (Is(token, L"CONTOUR"))
+        else if (IsKeyword_G(token, L"CONTOUR"))
         {
             stream >> scratch;
             while (!stream.eof())
             {
                 NextToken(stream, token);
-                if (Is(token, L"COMP") || Is(token, L"HOLE") || Is(token, L"DIRECTION"))
+                if (IsKeyword_G(token, L"COMP") || IsKeyword_G(token, L"HOLE") ||
+                    IsKeyword_G(token, L"DIRECTION"))
                     stream >> scratch;
                 else if (IsPathKeyword(token))
                 {
@@ -110,12 +107,12 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
                     break;
             }
         }
-        else if (Is(token, L"GROUP_ID"))
+        else if (IsKeyword_G(token, L"GROUP_ID"))
         {
             stream >> scratch;
             NextToken(stream, token);
         }
-        else if (Is(token, L"DIMENSION_DATA"))
+        else if (IsKeyword_G(token, L"DIMENSION_DATA"))
             NextToken(stream, token);
         else
             break;
@@ -140,12 +137,12 @@ void ExpeditionParser::ReadRouteOutline(io::CToken_istream& stream, AString& tok
             ReadPathRecord(stream, token, path);
             // The polyline kinds make a filled outline, not a path.
             shape = MakePathShape(kind, AString(), path, factor,
-                                  Is(kind, L"POLYLINE_PATH") || Is(kind, L"POLYARC_PATH"));
+                                  IsKeyword_G(kind, L"POLYLINE_PATH") || IsKeyword_G(kind, L"POLYARC_PATH"));
             DeleteOwned_G(path.m_Vertices);
             if (!shape)
                 continue;
         }
-        else if (Is(token, L"GROUP_ID") || Is(token, L"DIMENSION_DATA"))
+        else if (IsKeyword_G(token, L"GROUP_ID") || IsKeyword_G(token, L"DIMENSION_DATA"))
         {
             stream >> scratch;
             continue;

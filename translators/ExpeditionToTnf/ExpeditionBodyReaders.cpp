@@ -8,6 +8,7 @@
 // expects its WIDTH line first, and a path without one loses its XY keyword to
 // that test, so the point list of the next record in the file is taken. The
 // layout tool always writes WIDTH, and the quirk is kept.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -16,23 +17,18 @@
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 // The drawing layer that a graphic keyword stands for.
 AString GraphicLayer(const AString& keyword)
 {
-    if (Is(keyword, L"ASSEMBLY_OUTLINE"))
+    if (IsKeyword_G(keyword, L"ASSEMBLY_OUTLINE"))
         return AString(L"ASSEMBLY_TOP");
-    if (Is(keyword, L"SILKSCREEN_OUTLINE"))
+    if (IsKeyword_G(keyword, L"SILKSCREEN_OUTLINE"))
         return AString(L"SILKSCREEN_TOP");
-    if (Is(keyword, L"SOLDER_MASK"))
+    if (IsKeyword_G(keyword, L"SOLDER_MASK"))
         return AString(L"SOLDERMASK_TOP");
-    if (Is(keyword, L"SOLDER_PASTE"))
+    if (IsKeyword_G(keyword, L"SOLDER_PASTE"))
         return AString(L"SOLDERPASTE_TOP");
-    if (Is(keyword, L"PLACEMENT_OUTLINE"))
+    if (IsKeyword_G(keyword, L"PLACEMENT_OUTLINE"))
         return AString(L"PLACEMENT_TOP");
     return AString(L"PLACEMENT");
 }
@@ -50,12 +46,12 @@ AString TextLayer(const AString& word)
     static const wchar_t* const soldermask[] = {L"SOLDERMASK_MNT_LYR", L"SOLDERMASK_OPP_LYR",
                                                 L"SOLDERMASK_BOTH_TOP_BOTTOM", L"SOLDERMASK_BOTH_MNT_OPP"};
     for (const wchar_t* w : silkscreen)
-        if (Is(word, w))
+        if (IsKeyword_G(word, w))
             return AString(L"SILKSCREEN_TOP");
-    if (Is(word, L"ASSEMBLY") || Is(word, L"ASSEMBLY_BOTH_TOP_BOTTOM"))
+    if (IsKeyword_G(word, L"ASSEMBLY") || IsKeyword_G(word, L"ASSEMBLY_BOTH_TOP_BOTTOM"))
         return AString(L"ASSEMBLY_TOP");
     for (const wchar_t* w : soldermask)
-        if (Is(word, w))
+        if (IsKeyword_G(word, w))
             return AString(L"SOLDERMASK_TOP");
     return word;
 }
@@ -66,31 +62,31 @@ bool ExpeditionParser::ReadPathRecord(io::CToken_istream& stream, AString& token
     const AString kind = token;
     path.m_HasXY = false;
     NextToken(stream, token);
-    if (Is(token, L"WIDTH"))
+    if (IsKeyword_G(token, L"WIDTH"))
         stream >> path.m_Width;
-    if (Is(kind, L"POLYLINE_PATH"))
+    if (IsKeyword_G(kind, L"POLYLINE_PATH"))
         ReadPolyline(stream, path.m_Vertices, 1.0);
-    else if (Is(kind, L"POLYARC_PATH"))
+    else if (IsKeyword_G(kind, L"POLYARC_PATH"))
         ReadPolyarc(stream, path.m_Vertices, 1.0);
-    else if (Is(kind, L"RECT_PATH"))
+    else if (IsKeyword_G(kind, L"RECT_PATH"))
     {
         NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
         {
             ReadCorners(stream, path.m_X1, path.m_Y1, path.m_X2, path.m_Y2);
             path.m_HasXY = true;
         }
     }
-    else if (Is(kind, L"CIRCLE_PATH"))
+    else if (IsKeyword_G(kind, L"CIRCLE_PATH"))
     {
         NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
         {
             ReadCentre(stream, path.m_X1, path.m_Y1);
             path.m_HasXY = true;
         }
         NextToken(stream, token);
-        if (Is(token, L"RADIUS"))
+        if (IsKeyword_G(token, L"RADIUS"))
             stream >> path.m_Radius;
     }
     else
@@ -100,21 +96,21 @@ bool ExpeditionParser::ReadPathRecord(io::CToken_istream& stream, AString& token
 
 bool ExpeditionParser::IsPathKeyword(const AString& token)
 {
-    return Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH") || Is(token, L"RECT_PATH") ||
-           Is(token, L"CIRCLE_PATH");
+    return IsKeyword_G(token, L"POLYLINE_PATH") || IsKeyword_G(token, L"POLYARC_PATH") ||
+           IsKeyword_G(token, L"RECT_PATH") || IsKeyword_G(token, L"CIRCLE_PATH");
 }
 
 ExpeditionShapes* ExpeditionParser::MakePathShape(const AString& kind, const AString& layer, PathRecord& path,
                                                   double factor, bool filledPolygon)
 {
-    if (Is(kind, L"RECT_PATH"))
+    if (IsKeyword_G(kind, L"RECT_PATH"))
     {
         if (!path.m_HasXY)
             return nullptr;
         return new ExpeditionRectangle(layer, path.m_X1 * factor, path.m_Y1 * factor, path.m_X2 * factor,
                                        path.m_Y2 * factor, path.m_Width * factor);
     }
-    if (Is(kind, L"CIRCLE_PATH"))
+    if (IsKeyword_G(kind, L"CIRCLE_PATH"))
         return new ExpeditionCircle(layer, path.m_X1 * factor, path.m_Y1 * factor, path.m_Radius * factor,
                                     0.0);
     std::vector<ExpeditionVertex*> vertices;
@@ -145,32 +141,32 @@ void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, 
     while (!stream.eof())
     {
         const int level = NextToken(stream, token);
-        if (Is(token, L"NETNAME"))
+        if (IsKeyword_G(token, L"NETNAME"))
             stream >> pin.m_NetName;
-        else if (Is(token, L"XY"))
+        else if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, pin.m_X, pin.m_Y);
-        else if (Is(token, L"ROTATION"))
+        else if (IsKeyword_G(token, L"ROTATION"))
             stream >> pin.m_Rotation;
-        else if (Is(token, L"PIN_OPTIONS"))
+        else if (IsKeyword_G(token, L"PIN_OPTIONS"))
         {
             stream >> pin.m_Options;
-            if (Is(pin.m_Options, L"OPP_SIDE"))
+            if (IsKeyword_G(pin.m_Options, L"OPP_SIDE"))
                 m_OppSidePadStacks.insert(pin.m_PadStackName); // the name as read so far
         }
-        else if (Is(token, L"PADSTACK"))
+        else if (IsKeyword_G(token, L"PADSTACK"))
             stream >> pin.m_PadStackName;
-        else if (Is(token, L"TEXT") && level == 4)
+        else if (IsKeyword_G(token, L"TEXT") && level == 4)
         {
             AString attribute, value;
             stream >> attribute >> value;
             pin.m_Attributes.emplace_back(attribute, value);
         }
-        else if (placed && Is(token, L"PID"))
+        else if (placed && IsKeyword_G(token, L"PID"))
             stream.NewLine();
         else
             break;
     }
-    if (Is(pin.m_Options, L"OPP_SIDE"))
+    if (IsKeyword_G(pin.m_Options, L"OPP_SIDE"))
         pin.m_Rotation = 180.0 - pin.m_Rotation;
 }
 
@@ -199,10 +195,10 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
     while (!stream.eof())
     {
         const int level = NextToken(stream, token);
-        if (Is(token, L"RECT_SHAPE"))
+        if (IsKeyword_G(token, L"RECT_SHAPE"))
         {
             NextToken(stream, token);
-            if (Is(token, L"XY"))
+            if (IsKeyword_G(token, L"XY"))
             {
                 double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
                 ReadCorners(stream, x1, y1, x2, y2);
@@ -211,23 +207,23 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
             NextToken(stream, token);
             stream >> scratch;
         }
-        else if (Is(token, L"CIRCLE_SHAPE"))
+        else if (IsKeyword_G(token, L"CIRCLE_SHAPE"))
         {
             double x = 0, y = 0, radius = 0;
             NextToken(stream, token);
-            if (Is(token, L"XY"))
+            if (IsKeyword_G(token, L"XY"))
                 ReadCentre(stream, x, y);
             NextToken(stream, token);
-            if (Is(token, L"RADIUS"))
+            if (IsKeyword_G(token, L"RADIUS"))
                 stream >> radius;
             NextToken(stream, token);
             stream >> scratch;
             keep(new ExpeditionCircle(layer, x * factor, y * factor, radius * factor, 0.0));
         }
-        else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+        else if (IsKeyword_G(token, L"POLYLINE_SHAPE") || IsKeyword_G(token, L"POLYARC_SHAPE"))
         {
             std::vector<ExpeditionVertex*> vertices;
-            if (Is(token, L"POLYLINE_SHAPE"))
+            if (IsKeyword_G(token, L"POLYLINE_SHAPE"))
                 ReadPolyline(stream, vertices, factor);
             else
                 ReadPolyarc(stream, vertices, factor);
@@ -243,12 +239,12 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
             keep(MakePathShape(kind, layer, path, factor, false));
             DeleteOwned_G(path.m_Vertices);
         }
-        else if (Is(token, L"DISPLAY_WIDTH") || Is(token, L"HEIGHT") || Is(token, L"UNDERSIDE_SPACE") ||
-                 Is(token, L"SIDE"))
+        else if (IsKeyword_G(token, L"DISPLAY_WIDTH") || IsKeyword_G(token, L"HEIGHT") ||
+                 IsKeyword_G(token, L"UNDERSIDE_SPACE") || IsKeyword_G(token, L"SIDE"))
             stream >> scratch; // the side has no effect: no bottom-side layer is made here
-        else if (Is(token, L"TEXT") && level == 4)
+        else if (IsKeyword_G(token, L"TEXT") && level == 4)
             stream.NewLine();
-        else if (Is(token, L"USER_LYR"))
+        else if (IsKeyword_G(token, L"USER_LYR"))
             stream >> layer;
         else
             break;
@@ -276,27 +272,27 @@ void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, doub
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, x, y);
-        else if (Is(token, L"TEXT_TYPE"))
+        else if (IsKeyword_G(token, L"TEXT_TYPE"))
             stream >> textType;
-        else if (Is(token, L"DISPLAY_ATTR"))
+        else if (IsKeyword_G(token, L"DISPLAY_ATTR"))
             continue; // its sub-lines follow and are read here too
-        else if (Is(token, L"TEXT_LYR") || Is(token, L"USER_LYR"))
+        else if (IsKeyword_G(token, L"TEXT_LYR") || IsKeyword_G(token, L"USER_LYR"))
             stream >> layerWord;
-        else if (Is(token, L"HORZ_JUST"))
+        else if (IsKeyword_G(token, L"HORZ_JUST"))
             stream >> horzJust;
-        else if (Is(token, L"VERT_JUST"))
+        else if (IsKeyword_G(token, L"VERT_JUST"))
             stream >> vertJust;
-        else if (Is(token, L"HEIGHT"))
+        else if (IsKeyword_G(token, L"HEIGHT"))
             stream >> height;
-        else if (Is(token, L"WIDTH") || Is(token, L"STROKE_WIDTH"))
+        else if (IsKeyword_G(token, L"WIDTH") || IsKeyword_G(token, L"STROKE_WIDTH"))
             stream >> strokeWidth;
-        else if (Is(token, L"ROTATION"))
+        else if (IsKeyword_G(token, L"ROTATION"))
             stream >> rotation;
-        else if (Is(token, L"FONT"))
+        else if (IsKeyword_G(token, L"FONT"))
             stream >> font;
-        else if (Is(token, L"TEXT_OPTIONS"))
+        else if (IsKeyword_G(token, L"TEXT_OPTIONS"))
             stream.NewLine(options);
         else
             break;
@@ -316,35 +312,35 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString
     while (!stream.eof())
     {
         const int level = NextToken(stream, token);
-        if (Is(token, L"PID"))
+        if (IsKeyword_G(token, L"PID"))
             stream.NewLine();
-        else if (Is(token, L"ROUTE_LYR"))
+        else if (IsKeyword_G(token, L"ROUTE_LYR"))
         {
             stream >> scratch;
             layer = LayerNameOfWord(scratch);
         }
-        else if (Is(token, L"TRACE_OPTIONS"))
+        else if (IsKeyword_G(token, L"TRACE_OPTIONS"))
             stream.NewLine(options);
-        else if (Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH"))
+        else if (IsKeyword_G(token, L"POLYLINE_PATH") || IsKeyword_G(token, L"POLYARC_PATH"))
         {
             // Several paths of one record add up in one vertex list; the last
             // kind and width stand.
             pathKind = token;
             NextToken(stream, token);
-            if (Is(token, L"WIDTH"))
+            if (IsKeyword_G(token, L"WIDTH"))
                 stream >> width;
-            if (Is(pathKind, L"POLYLINE_PATH"))
+            if (IsKeyword_G(pathKind, L"POLYLINE_PATH"))
                 ReadPolyline(stream, vertices, factor);
             else
                 ReadPolyarc(stream, vertices, factor);
         }
-        else if (Is(token, L"NETNAME"))
+        else if (IsKeyword_G(token, L"NETNAME"))
             stream >> (free ? netName : scratch); // in a net block the block names the net
-        else if (Is(token, L"TEXT") && (level == 4 || (free && level == 3)))
+        else if (IsKeyword_G(token, L"TEXT") && (level == 4 || (free && level == 3)))
             stream.NewLine();
-        else if (Is(token, L"TEXT"))
+        else if (IsKeyword_G(token, L"TEXT"))
             break;
-        else if (free && Is(token, L"TEXT_TYPE"))
+        else if (free && IsKeyword_G(token, L"TEXT_TYPE"))
             stream.NewLine();
         else if (free && level > limit)
             stream.NewLine();
@@ -364,18 +360,18 @@ ExpeditionVia* ExpeditionParser::ReadVia(io::CToken_istream& stream, AString& to
         const int level = NextToken(stream, token);
         if (level < 4)
             break;
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, x, y);
-        else if (Is(token, L"LAYER_PAIR"))
+        else if (IsKeyword_G(token, L"LAYER_PAIR"))
         {
             stream >> word;
             fromLayer = LayerNameOfWord(word);
             stream >> word;
             toLayer = LayerNameOfWord(word);
         }
-        else if (Is(token, L"PADSTACK"))
+        else if (IsKeyword_G(token, L"PADSTACK"))
             stream >> padStack;
-        else if (Is(token, L"NETNAME"))
+        else if (IsKeyword_G(token, L"NETNAME"))
             stream >> netName;
         else
             stream.NewLine(); // VIA_OPTIONS and the like

@@ -4,27 +4,23 @@
 // type and number of layers are not cleared between cells, so a cell that
 // does not state one inherits it from the cell before. Pin names are made
 // unique within a cell, because placed components refer to pins by name.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 #include "translators/ExpeditionToTnf/ExpeditionUniqueNames.h"
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 bool IsCellKeyword(const AString& token)
 {
-    return Is(token, L"DRAWING_CELL") || Is(token, L"PACKAGE_CELL") || Is(token, L"REUSABLE_CIRCUIT_CELL") ||
-           Is(token, L"MECHANICAL_CELL");
+    return IsKeyword_G(token, L"DRAWING_CELL") || IsKeyword_G(token, L"PACKAGE_CELL") ||
+           IsKeyword_G(token, L"REUSABLE_CIRCUIT_CELL") || IsKeyword_G(token, L"MECHANICAL_CELL");
 }
 
 bool IsGraphicKeyword(const AString& token)
 {
-    return Is(token, L"PLACEMENT_OUTLINE") || Is(token, L"ASSEMBLY_OUTLINE") ||
-           Is(token, L"SILKSCREEN_OUTLINE") || Is(token, L"SOLDER_MASK") || Is(token, L"SOLDER_PASTE") ||
-           Is(token, L"GRAPHIC");
+    return IsKeyword_G(token, L"PLACEMENT_OUTLINE") || IsKeyword_G(token, L"ASSEMBLY_OUTLINE") ||
+           IsKeyword_G(token, L"SILKSCREEN_OUTLINE") || IsKeyword_G(token, L"SOLDER_MASK") ||
+           IsKeyword_G(token, L"SOLDER_PASTE") || IsKeyword_G(token, L"GRAPHIC");
 }
 
 } // namespace
@@ -35,7 +31,11 @@ void ExpeditionParser::ReadCells(ElementList& elements)
     // The lower-case spelling of this one file is written out as it stands.
     OpenJobFile(AString(L"Cell.hkp"), AString(L"cell.hkp"), true, file);
     io::CToken_istream stream(file, 0);
+    ReadCells(stream, elements);
+}
 
+void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elements)
+{
     double factor = 1.0;
     bool databaseUnits = false;
     AString token; // empty at the start, so the first line is skipped
@@ -49,13 +49,13 @@ void ExpeditionParser::ReadCells(ElementList& elements)
             ReadCellRecord(stream, token, factor, elements);
             continue;
         }
-        if (Is(token, L"UNITS") && level == 2 && !databaseUnits)
+        if (IsKeyword_G(token, L"UNITS") && level == 2 && !databaseUnits)
         {
             AString text;
             stream.NewLine(text);
             factor = UnitFactor(text);
         }
-        else if (Is(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+        else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
         {
             AString text;
             stream.NewLine(text);
@@ -86,29 +86,29 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
     NextToken(stream, token);
     while (!stream.eof())
     {
-        if (Is(token, L"DIMENSION_SETTINGS"))
+        if (IsKeyword_G(token, L"DIMENSION_SETTINGS"))
         {
             SkipDimensionSettings(stream);
             NextToken(stream, token);
         }
-        else if (Is(token, L"PACKAGE_GROUP"))
+        else if (IsKeyword_G(token, L"PACKAGE_GROUP"))
         {
             stream >> m_CellPackageGroup;
             NextToken(stream, token);
         }
-        else if (Is(token, L"MOUNT_TYPE"))
+        else if (IsKeyword_G(token, L"MOUNT_TYPE"))
         {
             stream >> m_CellMountType;
             NextToken(stream, token);
         }
-        else if (Is(token, L"NUMBER_LAYERS"))
+        else if (IsKeyword_G(token, L"NUMBER_LAYERS"))
         {
             int number = 0;
             stream >> number;
             m_CellNumberLayers = static_cast<unsigned>(number);
             NextToken(stream, token);
         }
-        else if (Is(token, L"PIN"))
+        else if (IsKeyword_G(token, L"PIN"))
         {
             if (ExpeditionPin* pin = ReadCellPin(stream, token, factor))
             {
@@ -118,19 +118,19 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
         }
         else if (IsGraphicKeyword(token))
             ReadGraphic(stream, token, factor, shapes);
-        else if (Is(token, L"TEXT"))
+        else if (IsKeyword_G(token, L"TEXT"))
             ReadText(stream, token, factor, texts, attributes);
-        else if (Is(token, L"TRACE"))
+        else if (IsKeyword_G(token, L"TRACE"))
         {
             AString netName;
             traces.push_back(ReadTrace(stream, token, factor, 0, netName));
         }
-        else if (Is(token, L"VIA"))
+        else if (IsKeyword_G(token, L"VIA"))
         {
             AString netName;
             vias.push_back(ReadVia(stream, token, factor, netName));
         }
-        else if (IsCellKeyword(token) || Is(token, L"UNITS"))
+        else if (IsCellKeyword(token) || IsKeyword_G(token, L"UNITS"))
             break; // the end of the cell; the keyword stays current
         else
         {

@@ -23,7 +23,11 @@ void ExpeditionParser::ReadJobPrefs(ElementList& elements)
     LongFileName file;
     OpenJobFile(AString(L"JobPrefs.hkp"), AString(), true, file);
     io::CToken_istream stream(file, 0);
+    ReadJobPrefs(stream, elements);
+}
 
+void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& elements)
+{
     double factor = 1.0;
     AString token; // empty at the start, so the first line is skipped
     int level = 0;

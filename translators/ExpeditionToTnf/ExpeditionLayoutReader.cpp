@@ -4,6 +4,7 @@
 // The placed-cell reader keeps some values from one cell to the next (layer
 // number, position, rotation, side), as the file leaves them out where they
 // do not change; a second component without XY stands where the first stood.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -12,11 +13,6 @@
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 const wchar_t* const k_NoLayer = L"Tarvex_Dummy";
 
 } // namespace
@@ -32,7 +28,7 @@ bool ExpeditionParser::IsPlacedCellKeyword(const AString& token)
                                               L"REUSABLE_CIRCUIT_CELL_FROM_LIB",
                                               L"MECHANICAL_CELL_FROM_LIB"};
     for (const wchar_t* k : keywords)
-        if (Is(token, k))
+        if (IsKeyword_G(token, k))
             return true;
     return false;
 }
@@ -43,24 +39,29 @@ void ExpeditionParser::ReadLayout(ElementList& elements)
     LongFileName file;
     OpenJobFile(AString(L"Layout.hkp"), AString(), true, file);
     io::CToken_istream stream(file, 0);
+    ReadLayout(stream, elements, hasPlanesFile);
+}
 
+void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& elements, bool hasPlanesFile)
+{
     double factor = 1.0;
     AString token;
     int level = 0;
     PlacementState placement;
     while (!stream.eof())
     {
-        if (Is(token, L"NET"))
+        if (IsKeyword_G(token, L"NET"))
             ReadNetBlock(stream, token, factor, elements);
-        else if (Is(token, L"CONDUCTIVE_AREA"))
+        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
             ReadConductiveAreas(stream, token, factor, level, false, elements);
         else if (IsPlacedCellKeyword(token))
             ReadPlacedCells(stream, token, factor, placement, elements);
-        else if (Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE") || Is(token, L"CONTOUR"))
+        else if (IsKeyword_G(token, L"BOARD_ORIGIN") || IsKeyword_G(token, L"BOARD_OUTLINE") ||
+                 IsKeyword_G(token, L"CONTOUR"))
             ReadBoard(stream, token, factor, elements);
-        else if (Is(token, L"ROUTE_OUTLINE"))
+        else if (IsKeyword_G(token, L"ROUTE_OUTLINE"))
             ReadRouteOutline(stream, token, factor, elements);
-        else if (Is(token, L"UNITS") && level == 2)
+        else if (IsKeyword_G(token, L"UNITS") && level == 2)
         {
             AString text;
             stream.NewLine(text);
@@ -68,11 +69,11 @@ void ExpeditionParser::ReadLayout(ElementList& elements)
             m_LayoutUnitFactor = factor;
             level = NextToken(stream, token);
         }
-        else if (Is(token, L"TRACE") && level == 2)
+        else if (IsKeyword_G(token, L"TRACE") && level == 2)
             ReadFreeTrace(stream, token, factor, 2, elements);
-        else if (Is(token, L"OBSTRUCT") && level == 2)
+        else if (IsKeyword_G(token, L"OBSTRUCT") && level == 2)
             ReadConductiveAreas(stream, token, factor, 2, true, elements);
-        else if (Is(token, L"GENERATED_DATA"))
+        else if (IsKeyword_G(token, L"GENERATED_DATA"))
             ReadGeneratedData(stream, token, factor, hasPlanesFile);
         else
         {
@@ -90,7 +91,7 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
     {
         if (!IsPlacedCellKeyword(token))
         {
-            if (Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE"))
+            if (IsKeyword_G(token, L"BOARD_ORIGIN") || IsKeyword_G(token, L"BOARD_OUTLINE"))
                 return;
             stream.NewLine();
             NextToken(stream, token);
@@ -99,15 +100,15 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
         AString cellName;
         stream >> cellName;
         NextToken(stream, token);
-        if (Is(token, L"PID"))
+        if (IsKeyword_G(token, L"PID"))
         {
             stream.NewLine();
             NextToken(stream, token);
         }
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, state.m_X, state.m_Y);
         NextToken(stream, token);
-        if (Is(token, L"Rotation"))
+        if (IsKeyword_G(token, L"Rotation"))
             stream >> state.m_Rotation;
         int level = NextToken(stream, token);
         AString options;
@@ -131,7 +132,7 @@ void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& t
     AString word;
     while (!stream.eof())
     {
-        if (Is(token, L"PLACEMENT_LYR"))
+        if (IsKeyword_G(token, L"PLACEMENT_LYR"))
         {
             stream >> word;
             state.m_LayerNumber =
@@ -142,32 +143,32 @@ void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& t
                     : GetMountLayerName(word);
             level = NextToken(stream, token);
         }
-        else if (Is(token, L"FACEMENT"))
+        else if (IsKeyword_G(token, L"FACEMENT"))
         {
             stream >> word;
             state.m_Mirrored = word.CompareNoCase(L"TOP") != 0;
             level = NextToken(stream, token);
         }
-        else if (Is(token, L"COMPONENT_OPTIONS"))
+        else if (IsKeyword_G(token, L"COMPONENT_OPTIONS"))
         {
             stream >> options;
             level = NextToken(stream, token);
         }
-        else if (Is(token, L"PIN"))
+        else if (IsKeyword_G(token, L"PIN"))
             ReadPlacedPin(stream, token, factor, state, pins);
-        else if (Is(token, L"VIA"))
+        else if (IsKeyword_G(token, L"VIA"))
             ReadPlacedVia(stream, token, factor);
-        else if (Is(token, L"PLACEMENT_OUTLINE") || Is(token, L"ASSEMBLY_OUTLINE") ||
-                 Is(token, L"SILKSCREEN_OUTLINE") || Is(token, L"GRAPHIC"))
+        else if (IsKeyword_G(token, L"PLACEMENT_OUTLINE") || IsKeyword_G(token, L"ASSEMBLY_OUTLINE") ||
+                 IsKeyword_G(token, L"SILKSCREEN_OUTLINE") || IsKeyword_G(token, L"GRAPHIC"))
             ReadGraphic(stream, token, factor, shapes);
-        else if (Is(token, L"TEXT"))
+        else if (IsKeyword_G(token, L"TEXT"))
             ReadText(stream, token, factor, texts, attributes);
-        else if (Is(token, L"TRACE"))
+        else if (IsKeyword_G(token, L"TRACE"))
             ReadFreeTrace(stream, token, factor, 3, elements);
-        else if (Is(token, L"CONDUCTIVE_AREA"))
+        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
             ReadConductiveAreas(stream, token, factor, 3, false, elements);
-        else if (IsPlacedCellKeyword(token) || Is(token, L"BOARD_ORIGIN") || Is(token, L"BOARD_OUTLINE") ||
-                 level == 2)
+        else if (IsPlacedCellKeyword(token) || IsKeyword_G(token, L"BOARD_ORIGIN") ||
+                 IsKeyword_G(token, L"BOARD_OUTLINE") || level == 2)
             return;
         else
         {
@@ -206,7 +207,7 @@ void ExpeditionParser::MakeComponent(AString cellName, const AString& options, P
                                      std::vector<ExpeditionText*>& texts,
                                      std::vector<ExpeditionAttribute>& attributes, ElementList& elements)
 {
-    const bool notPlaced = Is(options, L"NOT_PLACED");
+    const bool notPlaced = IsKeyword_G(options, L"NOT_PLACED");
     if (!m_CellPadStacks.count(cellName) || notPlaced)
     {
         if (!notPlaced)

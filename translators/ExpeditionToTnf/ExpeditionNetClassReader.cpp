@@ -57,6 +57,11 @@ void ExpeditionParser::ReadNetClasses()
     if (!OpenJobFile(AString(L"NetClass.hkp"), AString(), false, file))
         return;
     io::CToken_istream stream(file, 0);
+    ReadNetClasses(stream);
+}
+
+void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
+{
     double factor = 1.0;
     double values[k_ClearanceCount] = {};
     AString token;

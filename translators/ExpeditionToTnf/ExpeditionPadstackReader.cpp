@@ -5,6 +5,7 @@
 // units line are taken as zero in this file. A custom pad is the union of
 // its shapes; if they fall apart into separate pieces, the pad is split into
 // one pad per shape, "%s_UNCONN_%d", and the further ones hang on the first.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -17,11 +18,6 @@
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 bool IsThermalKeyword(const AString& token)
 {
     static const wchar_t* const words[] = {L"4_WEB_ROUND_THERMAL",  L"4_WEB_ROUND_THERMAL_45",
@@ -29,7 +25,7 @@ bool IsThermalKeyword(const AString& token)
                                            L"4_WEB_SQUARE_THERMAL", L"4_WEB_SQUARE_THERMAL_45",
                                            L"ROUND_DONUT",          L"SQUARE_DONUT"};
     for (const wchar_t* w : words)
-        if (Is(token, w))
+        if (IsKeyword_G(token, w))
             return true;
     return false;
 }
@@ -99,18 +95,22 @@ void ExpeditionParser::ReadPadstacks(ElementList& elements)
     LongFileName file;
     OpenJobFile(AString(L"Padstack.hkp"), AString(), true, file);
     io::CToken_istream stream(file, 0);
+    ReadPadstacks(stream, elements);
+}
 
+void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& elements)
+{
     double factor = 0.0; // deliberately zero until the first units line
     bool databaseUnits = false;
     AString token;
     int level = 0;
     while (!stream.eof())
     {
-        if (Is(token, L"PAD"))
+        if (IsKeyword_G(token, L"PAD"))
             ReadPadRecord(stream, token, factor, elements);
-        else if (Is(token, L"HOLE"))
+        else if (IsKeyword_G(token, L"HOLE"))
             ReadHoleRecord(stream, token, factor, elements);
-        else if (Is(token, L"PADSTACK"))
+        else if (IsKeyword_G(token, L"PADSTACK"))
             ReadPadStackRecord(stream, token, factor, elements);
         else
         {
@@ -118,12 +118,12 @@ void ExpeditionParser::ReadPadstacks(ElementList& elements)
             // record, so a units line that ends a record counts after a
             // record of level 2.
             AString text;
-            if (Is(token, L"UNITS") && level == 2 && !databaseUnits)
+            if (IsKeyword_G(token, L"UNITS") && level == 2 && !databaseUnits)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
             }
-            else if (Is(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+            else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
@@ -146,14 +146,15 @@ void ExpeditionParser::ReadHoleRecord(io::CToken_istream& stream, AString& token
     while (!stream.eof())
     {
         NextPlainToken(stream, token);
-        if (Is(token, L"HOLE") || Is(token, L"UNITS") || Is(token, L"PADSTACK") || Is(token, L"PAD"))
+        if (IsKeyword_G(token, L"HOLE") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"PADSTACK") ||
+            IsKeyword_G(token, L"PAD"))
             break;
-        if (Is(token, L"ROUND") || Is(token, L"SQUARE"))
+        if (IsKeyword_G(token, L"ROUND") || IsKeyword_G(token, L"SQUARE"))
         {
             diameter = ReadParameter(stream);
             shape = L"Circle"; // a square hole stands as a round one of that size
         }
-        else if (Is(token, L"SLOT"))
+        else if (IsKeyword_G(token, L"SLOT"))
         {
             diameter = ReadParameter(stream);
             slotLength = ReadParameter(stream);
@@ -180,52 +181,52 @@ void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& t
     while (!stream.eof())
     {
         NextPlainToken(stream, token);
-        if (Is(token, L"PADSTACK") || Is(token, L"UNITS") || Is(token, L"PAD"))
+        if (IsKeyword_G(token, L"PADSTACK") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"PAD"))
             break;
-        if (Is(token, L"PADSTACK_TYPE"))
+        if (IsKeyword_G(token, L"PADSTACK_TYPE"))
             stream >> type;
-        else if (Is(token, L"TECHNOLOGY"))
+        else if (IsKeyword_G(token, L"TECHNOLOGY"))
             stream >> technology;
-        else if (Is(token, L"TECHNOLOGY_OPTIONS"))
+        else if (IsKeyword_G(token, L"TECHNOLOGY_OPTIONS"))
         {
             // Cut where the field's earlier value had its carriage return.
             AString line;
             stream.NewLine(line);
             options = line.substr(0, options.find(L'\r', 0));
         }
-        else if (Is(token, L"LAYER"))
+        else if (IsKeyword_G(token, L"LAYER"))
         {
             int number = 0;
             stream >> number;
             NextToken(stream, scratch); // the keyword behind the number is not looked at
             stream >> layerPads[number];
         }
-        else if (Is(token, L"TOP_PAD") && !hasTop)
+        else if (IsKeyword_G(token, L"TOP_PAD") && !hasTop)
         {
             stream >> topPad;
             hasTop = true;
         }
-        else if (Is(token, L"INTERNAL_PAD") && !hasInternal)
+        else if (IsKeyword_G(token, L"INTERNAL_PAD") && !hasInternal)
         {
             stream >> internalPad;
             hasInternal = true;
         }
-        else if (Is(token, L"BOTTOM_PAD") && !hasBottom)
+        else if (IsKeyword_G(token, L"BOTTOM_PAD") && !hasBottom)
         {
             stream >> bottomPad;
             hasBottom = true;
         }
-        else if (Is(token, L"TOP_SOLDERMASK_PAD"))
+        else if (IsKeyword_G(token, L"TOP_SOLDERMASK_PAD"))
             stream >> topMask;
-        else if (Is(token, L"BOTTOM_SOLDERMASK_PAD"))
+        else if (IsKeyword_G(token, L"BOTTOM_SOLDERMASK_PAD"))
             stream >> bottomMask;
-        else if (Is(token, L"CLEARANCE_PAD"))
+        else if (IsKeyword_G(token, L"CLEARANCE_PAD"))
             stream >> clearance;
-        else if (Is(token, L"THERMAL_PAD"))
+        else if (IsKeyword_G(token, L"THERMAL_PAD"))
             stream >> thermal;
-        else if (Is(token, L"HOLE_NAME"))
+        else if (IsKeyword_G(token, L"HOLE_NAME"))
             stream >> hole;
-        else if (Is(token, L"OFFSET"))
+        else if (IsKeyword_G(token, L"OFFSET"))
         {
             stream >> scratch >> offsetX >> scratch >> offsetY;
             stream.NewLine();
@@ -250,20 +251,21 @@ void ExpeditionParser::ReadPadRecord(io::CToken_istream& stream, AString& token,
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"PAD") || Is(token, L"UNITS") || Is(token, L"HOLE") || Is(token, L"PADSTACK"))
+        if (IsKeyword_G(token, L"PAD") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"HOLE") ||
+            IsKeyword_G(token, L"PADSTACK"))
             break;
         if (ReadPadShape(stream, token, factor, pad))
             continue;
-        if (Is(token, L"CUSTOM"))
+        if (IsKeyword_G(token, L"CUSTOM"))
             ReadCustomPad(stream, token, factor, pad);
-        else if (Is(token, L"OFFSET"))
+        else if (IsKeyword_G(token, L"OFFSET"))
         {
             stream >> scratch >> pad.m_OffsetX >> scratch >> pad.m_OffsetY;
             stream.NewLine();
         }
-        else if (Is(token, L"TIE_LEG_WIDTH"))
+        else if (IsKeyword_G(token, L"TIE_LEG_WIDTH"))
             stream >> pad.m_TieLegWidth;
-        else if (Is(token, L"THERMAL_CLEARANCE"))
+        else if (IsKeyword_G(token, L"THERMAL_CLEARANCE"))
             stream >> pad.m_ThermalClearance;
         else
             stream.NewLine();
@@ -280,27 +282,29 @@ bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& k
         pad.m_PadType = type ? AString(type) : keyword;
         pad.m_ShapeName = pad.m_PadType;
     };
-    if (Is(keyword, L"ROUND") || IsThermalKeyword(keyword))
+    if (IsKeyword_G(keyword, L"ROUND") || IsThermalKeyword(keyword))
     {
         // A thermal or donut is a solid circle; its pattern is not kept.
         const double d = ReadParameter(stream);
         family(L"Circle");
         pad.SetShape(new ExpeditionCircle(AString(), 0.0, 0.0, d * s * 0.5, 0.0));
     }
-    else if (Is(keyword, L"SQUARE"))
+    else if (IsKeyword_G(keyword, L"SQUARE"))
     {
         const double d = ReadParameter(stream);
         family(nullptr); // the keyword as the file spells it
         pad.SetShape(CentredRectangle(d * s, d * s));
     }
-    else if (Is(keyword, L"RECTANGLE") || Is(keyword, L"OBLONG") || Is(keyword, L"ROUND_FINGER"))
+    else if (IsKeyword_G(keyword, L"RECTANGLE") || IsKeyword_G(keyword, L"OBLONG") ||
+             IsKeyword_G(keyword, L"ROUND_FINGER"))
     {
         const double w = ReadParameter(stream);
         const double h = ReadParameter(stream);
-        family(Is(keyword, L"ROUND_FINGER") ? L"BULLET" : nullptr); // an oblong's round ends are in its name
+        family(IsKeyword_G(keyword, L"ROUND_FINGER") ? L"BULLET"
+                                                     : nullptr); // an oblong's round ends are in its name
         pad.SetShape(CentredRectangle(w * s, h * s));
     }
-    else if (Is(keyword, L"OCTAGON"))
+    else if (IsKeyword_G(keyword, L"OCTAGON"))
     {
         // Corners cut at a third of the width: not a regular octagon.
         const double d = ReadParameter(stream);
@@ -311,12 +315,12 @@ bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& k
             Outline({{-b, -a}, {b, -a}, {a, -b}, {a, b}, {b, a}, {-b, a}, {-a, b}, {-a, -b}, {-b, -a}}),
             0.0));
     }
-    else if (Is(keyword, L"ELONGATED_OCTAGON") || Is(keyword, L"OCTAGONAL_FINGER"))
+    else if (IsKeyword_G(keyword, L"ELONGATED_OCTAGON") || IsKeyword_G(keyword, L"OCTAGONAL_FINGER"))
     {
         const double W = ReadParameter(stream) * s;
         const double H = ReadParameter(stream) * s;
         family(L"POLYGON");
-        if (Is(keyword, L"ELONGATED_OCTAGON"))
+        if (IsKeyword_G(keyword, L"ELONGATED_OCTAGON"))
             pad.SetShape(new ExpeditionPolygon(AString(),
                                                Outline({{-W / 6, -H / 2},
                                                         {W / 6, -H / 2},
@@ -339,7 +343,7 @@ bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& k
                                                         {-W / 2, -H / 2}}),
                                                0.0));
     }
-    else if (Is(keyword, L"CHAMFERED_RECTANGLE"))
+    else if (IsKeyword_G(keyword, L"CHAMFERED_RECTANGLE"))
     {
         const double W = ReadParameter(stream) * s;
         const double H = ReadParameter(stream) * s;
@@ -357,7 +361,7 @@ bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& k
                                                     {c - W / 2, -H / 2}}),
                                            0.0));
     }
-    else if (Is(keyword, L"RADIUS_CORNER_RECTANGLE"))
+    else if (IsKeyword_G(keyword, L"RADIUS_CORNER_RECTANGLE"))
     {
         const double w = ReadParameter(stream) * s;
         const double h = ReadParameter(stream) * s;
@@ -379,7 +383,7 @@ void ExpeditionParser::ReadCustomPad(io::CToken_istream& stream, AString& token,
 {
     pad.m_PadType = token;
     pad.m_X1 = pad.m_Y1 = pad.m_X2 = pad.m_Y2 = pad.m_Radius = pad.m_CircleWidth = 0.0;
-    while (!stream.eof() && !Is(token, L"TIMESTAMP") && !Is(token, L"PAD_OPTIONS"))
+    while (!stream.eof() && !IsKeyword_G(token, L"TIMESTAMP") && !IsKeyword_G(token, L"PAD_OPTIONS"))
         AddCustomShape(stream, token, factor, pad);
     FinishCustomPad(pad);
 }
@@ -388,15 +392,15 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
 {
     AString scratch;
     double width = 0.0;
-    if (Is(token, L"CIRCLE_SHAPE"))
+    if (IsKeyword_G(token, L"CIRCLE_SHAPE"))
     {
         pad.m_ShapeName = L"Circle";
         int level = NextToken(stream, token);
         while (level > 4 && !stream.eof())
         {
-            if (Is(token, L"XY"))
+            if (IsKeyword_G(token, L"XY"))
                 stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
-            else if (Is(token, L"RADIUS"))
+            else if (IsKeyword_G(token, L"RADIUS"))
                 stream >> pad.m_Radius;
             else
                 stream >> scratch;
@@ -407,34 +411,34 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
                                                     pad.m_CircleWidth * s));
         return; // it has read its next keyword
     }
-    if (Is(token, L"CIRCLE_PATH"))
+    if (IsKeyword_G(token, L"CIRCLE_PATH"))
     {
         pad.m_ShapeName = L"Circle";
         NextToken(stream, token);
-        if (Is(token, L"WIDTH"))
+        if (IsKeyword_G(token, L"WIDTH"))
             stream >> pad.m_CircleWidth;
         NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
             stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
         NextToken(stream, token);
-        if (Is(token, L"RADIUS"))
+        if (IsKeyword_G(token, L"RADIUS"))
             stream >> pad.m_Radius;
         pad.m_Custom.push_back(
             new ExpeditionCircle(AString(), pad.m_X1 * s, pad.m_Y1 * s, pad.m_Radius * s, 0.0));
     }
-    else if (Is(token, L"RECT_PATH") || Is(token, L"RECT_SHAPE"))
+    else if (IsKeyword_G(token, L"RECT_PATH") || IsKeyword_G(token, L"RECT_SHAPE"))
     {
-        const bool filled = Is(token, L"RECT_SHAPE");
+        const bool filled = IsKeyword_G(token, L"RECT_SHAPE");
         pad.m_ShapeName = L"Rectangle";
         NextToken(stream, token);
-        if (!filled && Is(token, L"WIDTH"))
+        if (!filled && IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
             NextToken(stream, token);
         }
         else if (!filled)
             NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
         {
             stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch >> scratch >> pad.m_X2 >>
                 scratch >> pad.m_Y2 >> scratch;
@@ -450,12 +454,12 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
             stream >> scratch; // the line behind it
         }
     }
-    else if (Is(token, L"POLYLINE_PATH") || Is(token, L"POLYARC_PATH"))
+    else if (IsKeyword_G(token, L"POLYLINE_PATH") || IsKeyword_G(token, L"POLYARC_PATH"))
     {
-        const bool arcs = Is(token, L"POLYARC_PATH");
+        const bool arcs = IsKeyword_G(token, L"POLYARC_PATH");
         pad.m_ShapeName = L"POLYGON";
         NextToken(stream, token);
-        if (Is(token, L"WIDTH"))
+        if (IsKeyword_G(token, L"WIDTH"))
             stream >> width;
         std::vector<ExpeditionVertex*> vertices;
         if (arcs)
@@ -476,11 +480,11 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
         else // a path without width is a closed outline
             pad.m_Custom.push_back(new ExpeditionPolygon(AString(), vertices, 0.0));
     }
-    else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+    else if (IsKeyword_G(token, L"POLYLINE_SHAPE") || IsKeyword_G(token, L"POLYARC_SHAPE"))
     {
         pad.m_ShapeName = L"POLYGON";
         std::vector<ExpeditionVertex*> vertices;
-        if (Is(token, L"POLYARC_SHAPE"))
+        if (IsKeyword_G(token, L"POLYARC_SHAPE"))
             ReadPolyarc(stream, vertices, s);
         else
             ReadPolyline(stream, vertices, s);

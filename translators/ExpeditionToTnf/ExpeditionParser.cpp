@@ -25,10 +25,29 @@ ExpeditionParser::~ExpeditionParser()
     delete m_DefaultViaConnection;
 }
 
+namespace
+{
+ExpeditionParser::FileErrorHandler g_FileErrorHandler = nullptr;
+}
+
 void ExpeditionParser::EndWithFileError(const AString& text)
 {
+    if (g_FileErrorHandler)
+        g_FileErrorHandler(text);
     ExpeditionUi::ShowMessage_G(AString(L"File I/O Error"), text);
     std::exit(0);
+}
+
+ExpeditionParser::FileErrorHandler ExpeditionParser::SetFileErrorHandler(FileErrorHandler handler)
+{
+    const FileErrorHandler earlier = g_FileErrorHandler;
+    g_FileErrorHandler = handler;
+    return earlier;
+}
+
+void ExpeditionParser::ThrowFileError(const AString& text)
+{
+    throw ExpeditionFileError(text);
 }
 
 bool ExpeditionParser::OpenJobFile(const AString& name, const AString& lowerName, bool required,

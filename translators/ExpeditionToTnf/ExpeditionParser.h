@@ -18,6 +18,7 @@
 
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -25,6 +26,20 @@
 
 // The part being read from PDB.hkp.
 struct ExpeditionPartWork;
+
+// What ExpeditionParser::ThrowFileError throws: the message of a run that
+// cannot go on, without the box and without ending the process.
+class ExpeditionFileError : public std::runtime_error
+{
+public:
+    explicit ExpeditionFileError(const AString& text) : std::runtime_error(text.AsAnsi().str()), m_Text(text)
+    {
+    }
+    const AString& GetText() const { return m_Text; }
+
+private:
+    AString m_Text;
+};
 
 class ExpeditionParser
 {
@@ -35,20 +50,35 @@ public:
     ExpeditionParser& operator=(const ExpeditionParser&) = delete;
 
     // Reads the whole job into the element list. Returns only on success: a
-    // missing required file or a corrupt token run ends the process.
+    // missing required file or a corrupt token run ends the run through the
+    // file-error handler below.
     void Read(ElementList& elements);
 
-    // The reading order, one step per file or pass.
+    // The reading order, one step per file or pass. Each file reader comes
+    // twice: the form without a stream finds and opens the job's file, the
+    // form with one reads whatever text it is given, so that a test or a
+    // fuzzer can feed a reader a string in-process:
+    //     io::CToken_istream stream(std::string(".UNITS MM\n..."), AString(L"Cell.hkp"));
+    //     parser.ReadCells(stream, elements);
     void ReadJobPrefs(ElementList& elements);
+    void ReadJobPrefs(io::CToken_istream& stream, ElementList& elements);
     void ReadPadstacks(ElementList& elements);
+    void ReadPadstacks(io::CToken_istream& stream, ElementList& elements);
     void LookForNetProps();
     void ReadCells(ElementList& elements);
+    void ReadCells(io::CToken_istream& stream, ElementList& elements);
     void ReadLayout(ElementList& elements);
+    // hasPlanesFile: whether the job has a Planes.hkp, which takes over the
+    // plane geometry from the layout's generated data.
+    void ReadLayout(io::CToken_istream& stream, ElementList& elements, bool hasPlanesFile);
     bool ReadPlanes(double factor);
+    void ReadPlanes(io::CToken_istream& stream, double factor);
     void CompleteNets();
     void ReadNetClasses();
+    void ReadNetClasses(io::CToken_istream& stream);
     void CleanPlaneShapes(ElementList& elements);
     void ReadPartDatabase();
+    void ReadPartDatabase(io::CToken_istream& stream);
     void CollectUsedPads(ElementList& elements);
 
     // Opens a file of the job under its given spelling or in lower case
@@ -107,9 +137,19 @@ public:
     // The double just below 0.1.
     static constexpr double k_DefaultClearance = 0.09999999999999999;
 
-    // Shows the "File I/O Error" box with the text and ends the process with
-    // exit status 0: the one way a reader stops a run.
+    // The one way a reader stops a run: a required file that is missing, or a
+    // run of dots too long for a keyword. The run ends through the installed
+    // handler, which gets the message text. The default handler shows the
+    // "File I/O Error" box with the text and ends the process with exit status
+    // 0. An in-process caller (a test, a fuzzer, a checking program) installs
+    // ThrowFileError, or its own handler, which must not return: a handler
+    // that returns is followed by the default ending. SetFileErrorHandler
+    // returns the handler it replaces; null installs the default.
+    using FileErrorHandler = void (*)(const AString& text);
     [[noreturn]] static void EndWithFileError(const AString& text);
+    static FileErrorHandler SetFileErrorHandler(FileErrorHandler handler);
+    // A handler that throws ExpeditionFileError with the text.
+    [[noreturn]] static void ThrowFileError(const AString& text);
 
     AString m_Directory;
     int m_PhysicalLayers = 0;

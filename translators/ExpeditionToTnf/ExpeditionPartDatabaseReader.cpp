@@ -4,6 +4,7 @@
 // A part is closed when the next Number comes and at the end of the file.
 // RefPrefix and the Type text are not cleared between parts, so a part that
 // states neither carries over those of the part before it.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 struct ExpeditionPartWork
@@ -20,26 +21,23 @@ struct ExpeditionPartWork
     AString m_Type;       // carried over
 };
 
-namespace
-{
-bool Is(const AString& text, const wchar_t* word)
-{
-    return text.CompareNoCase(word) == 0;
-}
-} // namespace
-
 void ExpeditionParser::ReadPartDatabase()
 {
     LongFileName file;
     OpenJobFile(AString(L"PDB.hkp"), AString(), true, file);
     io::CToken_istream stream(file, 0);
+    ReadPartDatabase(stream);
+}
+
+void ExpeditionParser::ReadPartDatabase(io::CToken_istream& stream)
+{
     ExpeditionPartWork part;
     bool first = true;
     AString token;
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"Number"))
+        if (IsKeyword_G(token, L"Number"))
         {
             if (!first)
                 ClosePart(part);
@@ -53,21 +51,21 @@ void ExpeditionParser::ReadPartDatabase()
             part.m_AltCell.clear();
             first = false;
         }
-        else if (Is(token, L"Name"))
+        else if (IsKeyword_G(token, L"Name"))
         {
             AString name;
             stream >> name;
             m_PartNames[part.m_Number] = name;
         }
-        else if (Is(token, L"TopCell"))
+        else if (IsKeyword_G(token, L"TopCell"))
             stream >> part.m_TopCell;
-        else if (Is(token, L"BottomCell"))
+        else if (IsKeyword_G(token, L"BottomCell"))
             stream >> part.m_BottomCell;
-        else if (Is(token, L"AltCell"))
+        else if (IsKeyword_G(token, L"AltCell"))
             stream >> part.m_AltCell;
-        else if (Is(token, L"RefPrefix"))
+        else if (IsKeyword_G(token, L"RefPrefix"))
             stream >> part.m_RefPrefix;
-        else if (Is(token, L"Prop"))
+        else if (IsKeyword_G(token, L"Prop"))
             ReadPartProperty(stream, part);
         else
             stream.NewLine();
@@ -82,30 +80,31 @@ void ExpeditionParser::ReadPartProperty(io::CToken_istream& stream, ExpeditionPa
 {
     AString property, equals;
     stream >> property;
-    if (Is(property, L"Type"))
+    if (IsKeyword_G(property, L"Type"))
     {
         stream >> equals >> part.m_Type;
         m_PartTypes[part.m_Number] = part.m_Type;
     }
-    else if (Is(property, L"Value") && part.m_Value.empty())
+    else if (IsKeyword_G(property, L"Value") && part.m_Value.empty())
     {
         stream >> equals >> part.m_Value;
         // Each test stands by itself; the letter is added without looking at
         // what the value already ends in.
-        if (Is(part.m_RefPrefix, L"C") || Is(part.m_Type, L"Capacitance"))
+        if (IsKeyword_G(part.m_RefPrefix, L"C") || IsKeyword_G(part.m_Type, L"Capacitance"))
             part.m_Value += L"F";
-        if (Is(part.m_RefPrefix, L"R") || Is(part.m_Type, L"Resistance"))
+        if (IsKeyword_G(part.m_RefPrefix, L"R") || IsKeyword_G(part.m_Type, L"Resistance"))
             part.m_Value += L"Ohms";
-        if (Is(part.m_RefPrefix, L"L") || Is(part.m_Type, L"Inductance"))
+        if (IsKeyword_G(part.m_RefPrefix, L"L") || IsKeyword_G(part.m_Type, L"Inductance"))
             part.m_Value += L"H";
     }
-    else if (Is(property, L"Capacitance") || Is(property, L"Resistance") || Is(property, L"Inductance"))
+    else if (IsKeyword_G(property, L"Capacitance") || IsKeyword_G(property, L"Resistance") ||
+             IsKeyword_G(property, L"Inductance"))
         stream >> equals >> part.m_Value; // replaces, with no unit letter
-    else if (Is(property, L"Parasitic_Capacitance"))
+    else if (IsKeyword_G(property, L"Parasitic_Capacitance"))
         stream >> equals >> part.m_ParasiticCapacitance;
-    else if (Is(property, L"Parasitic_Resistance"))
+    else if (IsKeyword_G(property, L"Parasitic_Resistance"))
         stream >> equals >> part.m_ParasiticResistance;
-    else if (Is(property, L"ParaSitic_Inductance"))
+    else if (IsKeyword_G(property, L"ParaSitic_Inductance"))
         stream >> equals >> part.m_ParasiticInductance;
     stream.NewLine();
 }
@@ -114,10 +113,11 @@ void ExpeditionParser::ClosePart(ExpeditionPartWork& part)
 {
     if (part.m_Value.empty())
         return; // parts without a value have no entry
-    if (!Is(part.m_RefPrefix, L"C") && !Is(part.m_RefPrefix, L"R") && !Is(part.m_RefPrefix, L"L"))
+    if (!IsKeyword_G(part.m_RefPrefix, L"C") && !IsKeyword_G(part.m_RefPrefix, L"R") &&
+        !IsKeyword_G(part.m_RefPrefix, L"L"))
         return; // only the three passive prefixes count
     // A capacitor's capacitance is held in the parasitic field too.
-    if (part.m_ParasiticCapacitance.empty() && Is(part.m_RefPrefix, L"C"))
+    if (part.m_ParasiticCapacitance.empty() && IsKeyword_G(part.m_RefPrefix, L"C"))
         part.m_ParasiticCapacitance = part.m_Value;
     // An absent parasitic is one NUL character: it prints as nothing, yet a
     // consumer that tests its size sees it as present.

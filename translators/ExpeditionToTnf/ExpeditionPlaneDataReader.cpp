@@ -1,23 +1,19 @@
 // ExpeditionPlaneDataReader.cpp - the copper areas of Layout.hkp: conductive
 // areas, obstructs, and the plane polygons that the layout tool generated.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include <cfloat>
 
 namespace
 {
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-
 bool IsSkippedAreaLine(const AString& token)
 {
     static const wchar_t* const words[] = {L"TEXT",          L"SHAPE_OPTIONS",       L"HATCH_SPACING",
                                            L"HATCH_WIDTH",   L"HATCH_METAL_PERCENT", L"DIMENSION_DATA",
                                            L"HATCH_PATTERN", L"TEXT_TYPE",           L"PID"};
     for (const wchar_t* w : words)
-        if (Is(token, w))
+        if (IsKeyword_G(token, w))
             return true;
     return false;
 }
@@ -44,28 +40,28 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
     while (!stream.eof())
     {
         level = NextToken(stream, token);
-        if (Is(token, L"ROUTE_LYR"))
+        if (IsKeyword_G(token, L"ROUTE_LYR"))
         {
             stream >> word;
             layer = LayerNameOfWord(word);
         }
-        else if (Is(token, L"NETNAME"))
+        else if (IsKeyword_G(token, L"NETNAME"))
             stream >> netName;
-        else if (Is(token, L"CONDUCTIVE_AREA_OPTIONS"))
+        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA_OPTIONS"))
         {
             stream >> option;
-            if (Is(option, L"FIXED"))
+            if (IsKeyword_G(option, L"FIXED"))
             {
                 stream >> word;
-                teardrop = teardrop || Is(word, L"TEARDROP");
+                teardrop = teardrop || IsKeyword_G(word, L"TEARDROP");
             }
         }
         else if (IsSkippedAreaLine(token))
             stream.NewLine();
-        else if (Is(token, L"RECT_SHAPE"))
+        else if (IsKeyword_G(token, L"RECT_SHAPE"))
         {
             level = NextToken(stream, token);
-            if (Is(token, L"XY"))
+            if (IsKeyword_G(token, L"XY"))
             {
                 double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
                 ReadCorners(stream, x1, y1, x2, y2);
@@ -73,7 +69,7 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
                                                               y2 * factor, 0.0));
             }
         }
-        else if (Is(token, L"CIRCLE_SHAPE"))
+        else if (IsKeyword_G(token, L"CIRCLE_SHAPE"))
         {
             double x = 0, y = 0, radius = 0;
             bool hasXY = false, hasRadius = false, leaveRecord = false;
@@ -85,12 +81,12 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
                     leaveRecord = true;
                     break;
                 }
-                if (Is(token, L"XY"))
+                if (IsKeyword_G(token, L"XY"))
                 {
                     ReadCentre(stream, x, y);
                     hasXY = true;
                 }
-                else if (Is(token, L"RADIUS"))
+                else if (IsKeyword_G(token, L"RADIUS"))
                 {
                     stream >> radius;
                     hasRadius = true;
@@ -102,10 +98,10 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
             if (leaveRecord)
                 break;
         }
-        else if (Is(token, L"POLYLINE_SHAPE") || Is(token, L"POLYARC_SHAPE"))
+        else if (IsKeyword_G(token, L"POLYLINE_SHAPE") || IsKeyword_G(token, L"POLYARC_SHAPE"))
         {
             std::vector<ExpeditionVertex*> vertices;
-            if (Is(token, L"POLYLINE_SHAPE"))
+            if (IsKeyword_G(token, L"POLYLINE_SHAPE"))
                 ReadPolyline(stream, vertices, factor);
             else
                 ReadPolyarc(stream, vertices, factor);
@@ -114,7 +110,7 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
         else
             break;
     }
-    const bool plane = Is(option, L"PLANE");
+    const bool plane = IsKeyword_G(option, L"PLANE");
     if (rectOrCircle && (teardrop || !plane))
         shapes.push_back(rectOrCircle);
     else
@@ -147,7 +143,7 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
     };
     while (!stream.eof())
     {
-        if (Is(token, keyword))
+        if (IsKeyword_G(token, keyword))
         {
             flush();
             AString name;
@@ -157,7 +153,7 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
             netName = obstructs ? AString(L"VOIDNET") : name;
             continue;
         }
-        if (Is(token, L"UNITS"))
+        if (IsKeyword_G(token, L"UNITS"))
         {
             AString text;
             stream.NewLine(text);
@@ -165,8 +161,8 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
             level = NextToken(stream, token);
             continue;
         }
-        const bool ends = IsPlacedCellKeyword(token) || Is(token, L"NET") ||
-                          (obstructs && Is(token, L"CONDUCTIVE_AREA")) || level <= limit;
+        const bool ends = IsPlacedCellKeyword(token) || IsKeyword_G(token, L"NET") ||
+                          (obstructs && IsKeyword_G(token, L"CONDUCTIVE_AREA")) || level <= limit;
         if (ends && netName != L".")
         {
             flush();
@@ -201,27 +197,28 @@ void ExpeditionParser::ReadGeneratedData(io::CToken_istream& stream, AString& to
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"PLANE_LYR"))
+        if (IsKeyword_G(token, L"PLANE_LYR"))
         {
             stream >> word;
             layer = LayerNameOfWord(word);
         }
-        else if (Is(token, L"DIMENSION"))
+        else if (IsKeyword_G(token, L"DIMENSION"))
             return;
-        else if (Is(token, L"PLANE_NET"))
+        else if (IsKeyword_G(token, L"PLANE_NET"))
         {
             stream >> word;
             net = FindNet(word);
         }
-        else if (!hasPlanesFile && Is(token, L"RECT_PATH"))
+        else if (!hasPlanesFile && IsKeyword_G(token, L"RECT_PATH"))
             ReadGeneratedRectangle(stream, token, factor, net, layer);
-        else if (!hasPlanesFile && Is(token, L"CIRCLE_PATH"))
+        else if (!hasPlanesFile && IsKeyword_G(token, L"CIRCLE_PATH"))
             ReadGeneratedCircle(stream, token, factor, net, layer);
-        else if (!hasPlanesFile && Is(token, L"POLYLINE_PATH"))
+        else if (!hasPlanesFile && IsKeyword_G(token, L"POLYLINE_PATH"))
             ReadGeneratedPolyline(stream, token, factor, net, layer);
-        else if (!hasPlanesFile && (Is(token, L"POLYARC_PATH") || Is(token, L"POLYARC_SHAPE")))
-            ReadGeneratedPolyarc(stream, token, factor, net, layer, Is(token, L"POLYARC_PATH"));
-        else if (hasPlanesFile && Is(token, L"APS_TIE_LEG"))
+        else if (!hasPlanesFile &&
+                 (IsKeyword_G(token, L"POLYARC_PATH") || IsKeyword_G(token, L"POLYARC_SHAPE")))
+            ReadGeneratedPolyarc(stream, token, factor, net, layer, IsKeyword_G(token, L"POLYARC_PATH"));
+        else if (hasPlanesFile && IsKeyword_G(token, L"APS_TIE_LEG"))
             ReadTieLeg(stream, token, factor, net, layer);
         // Any other token means nothing here, a value behind an unknown
         // keyword included.
@@ -233,13 +230,13 @@ void ExpeditionParser::ReadGeneratedRectangle(io::CToken_istream& stream, AStrin
 {
     double width = 0.0;
     NextToken(stream, token);
-    if (Is(token, L"WIDTH"))
+    if (IsKeyword_G(token, L"WIDTH"))
     {
         stream >> width;
         width *= factor;
         NextToken(stream, token);
     }
-    if (!Is(token, L"XY"))
+    if (!IsKeyword_G(token, L"XY"))
         return;
     double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     ReadCorners(stream, x1, y1, x2, y2);
@@ -259,19 +256,19 @@ void ExpeditionParser::ReadGeneratedCircle(io::CToken_istream& stream, AString& 
     while (!stream.eof() && !(hasXY && hasRadius))
     {
         NextToken(stream, token);
-        if (Is(token, L"WIDTH"))
+        if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
             width *= factor;
         }
-        else if (Is(token, L"XY"))
+        else if (IsKeyword_G(token, L"XY"))
         {
             ReadCentre(stream, x, y);
             x *= factor;
             y *= factor;
             hasXY = true;
         }
-        else if (Is(token, L"RADIUS"))
+        else if (IsKeyword_G(token, L"RADIUS"))
         {
             stream >> radius;
             radius *= factor;
@@ -296,7 +293,7 @@ void ExpeditionParser::ReadGeneratedPolyline(io::CToken_istream& stream, AString
     GeneratedPlane plane;
     plane.m_Kind = GeneratedPlane::k_Points;
     NextToken(stream, token);
-    if (Is(token, L"WIDTH"))
+    if (IsKeyword_G(token, L"WIDTH"))
     {
         stream >> plane.m_Width;
         plane.m_Width *= factor;
@@ -305,7 +302,7 @@ void ExpeditionParser::ReadGeneratedPolyline(io::CToken_istream& stream, AString
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"XY"))
+        if (IsKeyword_G(token, L"XY"))
             break;
     }
     AString scratch;
@@ -332,7 +329,7 @@ void ExpeditionParser::ReadGeneratedPolyarc(io::CToken_istream& stream, AString&
     if (withWidth)
     {
         NextToken(stream, token);
-        if (Is(token, L"WIDTH"))
+        if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> plane.m_Width;
             plane.m_Width *= factor;
@@ -351,12 +348,12 @@ void ExpeditionParser::ReadTieLeg(io::CToken_istream& stream, AString& token, do
     while (!stream.eof())
     {
         NextToken(stream, token);
-        if (Is(token, L"WIDTH"))
+        if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
             width *= factor;
         }
-        else if (Is(token, L"XY"))
+        else if (IsKeyword_G(token, L"XY"))
             break;
     }
     if (stream.eof())

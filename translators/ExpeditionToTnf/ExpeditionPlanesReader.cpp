@@ -2,6 +2,7 @@
 // plane records of Layout.hkp, conductive areas, and Planes.hkp, the plane
 // polygons in block form, each block an outline with its cut-outs; and the
 // completion of the nets once all plane data is in.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 #include "core/lib/vellum/Assert.h"
@@ -143,11 +144,6 @@ void ExpeditionParser::CompleteNets()
 
 namespace
 {
-bool Is(const AString& text, const wchar_t* word)
-{
-    return text.CompareNoCase(word) == 0;
-}
-
 // The contour of a plane block or a cut-out, edge by edge: a Seg ends an edge
 // at its point, straight or along the Arc given before it. An item of no
 // known kind ends an edge where the last Seg stood.
@@ -177,7 +173,7 @@ struct ContourWalk
     bool Take(io::CBlock_item* item)
     {
         auto* func = dynamic_cast<io::CBlock_func*>(item);
-        if (func && Is(func->Name(), L"Seg"))
+        if (func && IsKeyword_G(func->Name(), L"Seg"))
         {
             double x = 0.0, y = 0.0;
             *func >> x >> y;
@@ -191,7 +187,7 @@ struct ContourWalk
             Edge();
             return true;
         }
-        if (func && Is(func->Name(), L"Arc"))
+        if (func && IsKeyword_G(func->Name(), L"Arc"))
         {
             double x = 0.0, y = 0.0, r = 0.0;
             *func >> x >> y >> r;
@@ -212,6 +208,12 @@ bool ExpeditionParser::ReadPlanes(double factor)
     if (!file.Exists())
         return false;
     io::CToken_istream stream(file, 0);
+    ReadPlanes(stream, factor);
+    return true;
+}
+
+void ExpeditionParser::ReadPlanes(io::CToken_istream& stream, double factor)
+{
     io::CBlock planes(L"Planes");
     stream >> planes;
     for (auto it = planes.begin(); it != planes.end(); ++it)
@@ -221,7 +223,6 @@ bool ExpeditionParser::ReadPlanes(double factor)
         if (auto* block = dynamic_cast<io::CBlock*>(bit))
             ReadPlaneBlock(*block, factor);
     }
-    return true;
 }
 
 void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
@@ -246,13 +247,13 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
             continue;
         auto* func = dynamic_cast<io::CBlock_func*>(bit);
         auto* inner = dynamic_cast<io::CBlock*>(bit);
-        if (func && Is(func->Name(), L"Net"))
+        if (func && IsKeyword_G(func->Name(), L"Net"))
         {
             AString name;
             *func >> name;
             net = FindNet(name);
         }
-        else if (func && Is(func->Name(), L"Layer"))
+        else if (func && IsKeyword_G(func->Name(), L"Layer"))
         {
             AString text;
             *func >> text;
@@ -260,12 +261,12 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
             if (text.IsNumber(number, 10))
                 layerNumber = static_cast<int>(number);
         }
-        else if (func && Is(func->Name(), L"width"))
+        else if (func && IsKeyword_G(func->Name(), L"width"))
         {
             *func >> width;
             width *= factor;
         }
-        else if (inner && Is(inner->Name(), L"Cutouts"))
+        else if (inner && IsKeyword_G(inner->Name(), L"Cutouts"))
         {
             for (auto c = inner->begin(); c != inner->end(); ++c)
             {
@@ -314,7 +315,7 @@ geom::Polygon ExpeditionParser::ReadPlaneCutout(io::CBlock& contour, double fact
         if (!bit || walk.Take(bit))
             continue;
         auto* func = dynamic_cast<io::CBlock_func*>(bit);
-        if (func && Is(func->Name(), L"circle"))
+        if (func && IsKeyword_G(func->Name(), L"circle"))
         {
             // A round cut-out; edges before it are lost.
             double x = 0.0, y = 0.0, m_Radius = 0.0;
@@ -322,7 +323,7 @@ geom::Polygon ExpeditionParser::ReadPlaneCutout(io::CBlock& contour, double fact
             VELLUM_ASSERT(m_Radius >= geom::k_Unit_0.GetValue());
             return geom::Polygon(geom::Circle(geom::Point(x * factor, y * factor), m_Radius * factor));
         }
-        if (func && Is(func->Name(), L"width"))
+        if (func && IsKeyword_G(func->Name(), L"width"))
         {
             double dropped = 0.0;
             *func >> dropped;

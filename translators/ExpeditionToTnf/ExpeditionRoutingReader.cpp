@@ -1,15 +1,8 @@
 // ExpeditionRoutingReader.cpp - routing of Layout.hkp: net blocks with their
 // traces, vias and conductive areas, free traces, and the vias of placed
 // cells.
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
-
-namespace
-{
-bool Is(const AString& token, const wchar_t* keyword)
-{
-    return token.CompareNoCase(keyword) == 0;
-}
-} // namespace
 
 ExpeditionLayoutNet* ExpeditionParser::GetOrMakeNet(const AString& netName, ElementList& elements,
                                                     std::vector<ExpeditionTrace*> traces,
@@ -58,14 +51,14 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
     int level = 0;
     while (!stream.eof())
     {
-        if (Is(token, L"NET"))
+        if (IsKeyword_G(token, L"NET"))
         {
             if (netName != L".")
                 FlushNetBlock(netName, traces, vias, shapes, elements);
             stream >> netName;
             level = NextToken(stream, token);
         }
-        else if (Is(token, L"UNITS"))
+        else if (IsKeyword_G(token, L"UNITS"))
         {
             AString text;
             stream.NewLine(text);
@@ -77,17 +70,17 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
             FlushNetBlock(netName, traces, vias, shapes, elements);
             return;
         }
-        else if (Is(token, L"TRACE"))
+        else if (IsKeyword_G(token, L"TRACE"))
         {
             AString ignored;
             traces.push_back(ReadTrace(stream, token, factor, 0, ignored));
         }
-        else if (Is(token, L"VIA"))
+        else if (IsKeyword_G(token, L"VIA"))
         {
             AString ignored;
             vias.push_back(ReadVia(stream, token, factor, ignored));
         }
-        else if (Is(token, L"CONDUCTIVE_AREA"))
+        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
         {
             AString ignored;
             ReadConductiveAreaRecord(stream, token, factor, shapes, ignored, level);
