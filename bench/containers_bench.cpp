@@ -302,7 +302,7 @@ void BM_Query_RangeAvlTree(benchmark::State& state)
     long found = 0;
     for (auto _ : state)
         for (const Box& q : queries)
-            for (auto i = tree.BeginInRange(geom::k_SkipOutside, q); i.IsDereferenceable(); ++i)
+            for (auto i = tree.BeginInRange(base::k_SkipOutside, q); i.IsDereferenceable(); ++i)
                 ++found;
     benchmark::DoNotOptimize(found);
     state.counters["hits/query"] = static_cast<double>(found) / (state.iterations() * queries.size());
@@ -340,7 +340,7 @@ void BM_Query_RangeAvlTreeAppended(benchmark::State& state)
     long found = 0;
     for (auto _ : state)
         for (const Box& q : queries)
-            for (auto i = tree.BeginInRange(geom::k_SkipOutside, q); i.IsDereferenceable(); ++i)
+            for (auto i = tree.BeginInRange(base::k_SkipOutside, q); i.IsDereferenceable(); ++i)
                 ++found;
     benchmark::DoNotOptimize(found);
     state.counters["hits/query"] = static_cast<double>(found) / (state.iterations() * queries.size());
@@ -358,7 +358,7 @@ void BM_Query_RangeAvlTreeScattered(benchmark::State& state)
     long found = 0;
     for (auto _ : state)
         for (const Box& q : queries)
-            for (auto i = tree.BeginInRange(geom::k_SkipOutside, q); i.IsDereferenceable(); ++i)
+            for (auto i = tree.BeginInRange(base::k_SkipOutside, q); i.IsDereferenceable(); ++i)
                 ++found;
     benchmark::DoNotOptimize(found);
     state.counters["hits/query"] = static_cast<double>(found) / (state.iterations() * queries.size());

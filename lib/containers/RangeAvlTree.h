@@ -12,7 +12,7 @@
 #include "core/lib/vellum/Allocators_T.h"
 #include "core/lib/vellum/Assert.h"
 #include "lib/containers/AvlTree.h"
-#include "lib/math/geometry/Box.h"
+#include "lib/containers/RangeElementBox_T.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -32,35 +32,22 @@ enum FilterMode
     k_SkipInside = 2   // only elements whose box doesn't lie wholly in the query box
 };
 
-// The box by which an element is indexed and filtered: the tightest box the
-// element can give cheaply, since a loose one lets queries visit elements
-// that cannot match. Arcs, polygons and regions answer GetBBox(); a point is
-// its own box. An element type whose GetBBox() isn't that box specialises
-// this template next to its own declaration, before any tree of it is used.
-template <class T> struct RangeElementBox_T
-{
-    static geom::Box Get(const T& value) { return value.GetBBox(); }
-};
-
-template <> struct RangeElementBox_T<geom::Point>
-{
-    static geom::Box Get(const geom::Point& value) { return geom::Box(value); }
-};
-
 // A tree node: the links, then the element, then the hull of the element boxes
 // of the subtree.
-template <class T> struct RangeAvlNode_T : AvlNode
+template <class T, class BoxT = RangeBox_T<T>> struct RangeAvlNode_T : AvlNode
 {
     template <class... Args> explicit RangeAvlNode_T(Args&&... args) : m_Value(std::forward<Args>(args)...) {}
 
     T m_Value;
-    geom::Box m_SubTreeBox;
+    BoxT m_SubTreeBox;
 };
 
-template <class T> class RangeAvlTree : protected AvlTree
+// BoxT is the type of the element boxes; the elements' own by default.
+template <class T, class BoxT = RangeBox_T<T>> class RangeAvlTree : protected AvlTree
 {
 public:
-    using Node = RangeAvlNode_T<T>;
+    using Node = RangeAvlNode_T<T, BoxT>;
+    using box_type = BoxT;
     using value_type = T;
 
     // Verdict of a node against a filter.
@@ -175,7 +162,7 @@ public:
     {
     public:
         range_iterator() = default;
-        range_iterator(const RangeAvlTree* tree, Node* node, FilterMode mode, const geom::Box& box)
+        range_iterator(const RangeAvlTree* tree, Node* node, FilterMode mode, const BoxT& box)
             : iterator(tree, node), m_Mode(mode), m_Box(box)
         {
         }
@@ -206,12 +193,12 @@ public:
         }
 
         FilterMode GetMode() const { return m_Mode; }
-        const geom::Box& GetBox() const { return m_Box; }
-        void SetBox(const geom::Box& box) { m_Box = box; }
+        const BoxT& GetBox() const { return m_Box; }
+        void SetBox(const BoxT& box) { m_Box = box; }
 
     private:
         FilterMode m_Mode = k_NoFilter;
-        geom::Box m_Box;
+        BoxT m_Box;
     };
 
     RangeAvlTree() = default;
@@ -251,7 +238,7 @@ public:
     Node* GetLastNode() const { return static_cast<Node*>(GetLast()); }
 
     // The box of all elements; empty for an empty tree.
-    geom::Box GetBBox() const { return GetRoot() ? GetRootNode()->m_SubTreeBox : geom::Box(); }
+    BoxT GetBBox() const { return GetRoot() ? GetRootNode()->m_SubTreeBox : BoxT(); }
 
     // Builds the tree from a sequence of n elements, balanced, in one pass.
     // The tree must be empty.
@@ -361,7 +348,7 @@ public:
 
     // The judgement of one node under a filter, from its subtree box and the
     // box of its own element.
-    static Verdict GetVerdict(const Node* node, FilterMode mode, const geom::Box& box)
+    static Verdict GetVerdict(const Node* node, FilterMode mode, const BoxT& box)
     {
         switch (mode)
         {
@@ -381,24 +368,24 @@ public:
     }
 
     // The first element in sequence order that passes the filter.
-    range_iterator BeginInRange(FilterMode mode, const geom::Box& box) const
+    range_iterator BeginInRange(FilterMode mode, const BoxT& box) const
     {
         return range_iterator(this, FirstInRange(GetRootNode(), mode, box), mode, box);
     }
     // The last element in sequence order that passes the filter.
-    range_iterator LastInRange(FilterMode mode, const geom::Box& box) const
+    range_iterator LastInRange(FilterMode mode, const BoxT& box) const
     {
         return range_iterator(this, LastInRangeOf(GetRootNode(), mode, box), mode, box);
     }
     // The end of a filtered iteration, for comparisons.
-    range_iterator EndInRange(FilterMode mode, const geom::Box& box) const
+    range_iterator EndInRange(FilterMode mode, const BoxT& box) const
     {
         return range_iterator(this, nullptr, mode, box);
     }
 
     // The first match in a subtree: the left side first, then the node, then
     // the right side, cutting off subtrees that cannot match.
-    static Node* FirstInRange(Node* node, FilterMode mode, const geom::Box& box)
+    static Node* FirstInRange(Node* node, FilterMode mode, const BoxT& box)
     {
         while (node)
         {
@@ -413,7 +400,7 @@ public:
         }
         return nullptr;
     }
-    static Node* LastInRangeOf(Node* node, FilterMode mode, const geom::Box& box)
+    static Node* LastInRangeOf(Node* node, FilterMode mode, const BoxT& box)
     {
         while (node)
         {
@@ -434,7 +421,7 @@ public:
     // sequence; one reached from the right came before and is passed by. An
     // ancestor whose subtree cannot match ends the search: the subtree holds
     // the node we came from, which matched.
-    static Node* NextInRange(const Node* node, FilterMode mode, const geom::Box& box)
+    static Node* NextInRange(const Node* node, FilterMode mode, const BoxT& box)
     {
         if (Node* found = FirstInRange(Right(node), mode, box))
             return found;
@@ -460,7 +447,7 @@ public:
         }
         return nullptr;
     }
-    static Node* PreviousInRange(const Node* node, FilterMode mode, const geom::Box& box)
+    static Node* PreviousInRange(const Node* node, FilterMode mode, const BoxT& box)
     {
         if (Node* found = LastInRangeOf(Left(node), mode, box))
             return found;
@@ -522,7 +509,7 @@ private:
         void operator()(AvlNode* avlNode) const
         {
             Node* node = static_cast<Node*>(avlNode);
-            geom::Box box = RangeElementBox_T<T>::Get(node->m_Value);
+            BoxT box = RangeElementBox_T<T>::Get(node->m_Value);
             if (const Node* left = Left(node))
                 box |= left->m_SubTreeBox;
             if (const Node* right = Right(node))
@@ -559,10 +546,3 @@ private:
     BlockAllocator_T<Node> m_Allocator;
 };
 } // namespace base
-
-namespace geom
-{
-using base::FilterMode;
-using base::k_NoFilter;
-using base::k_SkipOutside;
-} // namespace geom

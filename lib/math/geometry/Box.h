@@ -7,6 +7,7 @@
 #pragma once
 
 #include "core/lib/vellum/Range_T.h"
+#include "lib/containers/RangeElementBox_T.h"
 #include "lib/math/geometry/Point.h"
 
 namespace geom
@@ -106,3 +107,9 @@ inline const Box k_EmptyBox;
 inline const Box k_BigBox(-k_InfiniteValue * 0.5, k_InfiniteValue * 0.5, -k_InfiniteValue * 0.5,
                           k_InfiniteValue * 0.5);
 } // namespace geom
+
+// A point in a range tree is indexed by the box of itself alone.
+template <> struct base::RangeElementBox_T<geom::Point>
+{
+    static geom::Box Get(const geom::Point& value) { return geom::Box(value); }
+};

@@ -12,6 +12,11 @@
 
 namespace geom
 {
+// The range tree's filters, named as the shapes name them.
+using base::FilterMode;
+using base::k_NoFilter;
+using base::k_SkipOutside;
+
 // Entry is the element type of the collection, Implementation the shared
 // storage holding the tree in m_Polygons.
 template <class Entry, class Implementation> class CollectionIterator_T

@@ -18,6 +18,11 @@
 
 namespace geom
 {
+// The range tree's filters, named as the shapes name them.
+using base::FilterMode;
+using base::k_NoFilter;
+using base::k_SkipOutside;
+
 // Whether a chain comes back to its start.
 enum OpenClosed
 {

@@ -105,7 +105,7 @@ TEST(RangeAvlTreeQuery, MatchesComeInSequenceOrderNotInSpatialOrder)
     tree.Build(points);
     const Box q(Unit(20), Unit(60), Unit(-1), Unit(1.5));
     std::vector<Point> found;
-    for (auto i = tree.BeginInRange(geom::k_SkipOutside, q); i.IsDereferenceable(); ++i)
+    for (auto i = tree.BeginInRange(base::k_SkipOutside, q); i.IsDereferenceable(); ++i)
         found.push_back(*i);
     std::vector<Point> expected;
     for (const Point& p : points)

@@ -27,9 +27,9 @@ struct CountEveryAssert
 };
 
 // The hull of element boxes, recomputed from the elements.
-template <class T> geom::Box HullOf(const std::vector<T>& elements)
+template <class T> base::RangeBox_T<T> HullOf(const std::vector<T>& elements)
 {
-    geom::Box hull;
+    base::RangeBox_T<T> hull;
     for (const T& e : elements)
         hull |= base::RangeElementBox_T<T>::Get(e);
     return hull;
