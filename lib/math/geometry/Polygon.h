@@ -98,6 +98,10 @@ public:
     // The region grown by `by`; a point polygon grows into a circle.
     PolygonWithHolesCollection Expand(Unit by, Unit accuracy, bool resolve_loops, int joint_mode,
                                       Unit joint_value) const;
+    // The region grown by `by`, with the pockets that the growth closes
+    // around kept as holes: a void grown into the material around it leaves
+    // the copper of such a pocket in place.
+    PolygonWithHolesCollection ExpandKeepingPockets(Unit by, Unit accuracy) const;
 
     // The simple loops of the contour: outlines as entries and, unless
     // drop_holes, clockwise loops as their holes. With keep_largest only the

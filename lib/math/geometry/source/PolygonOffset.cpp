@@ -123,4 +123,31 @@ PolygonWithHolesCollection Polygon::Expand(Unit by, Unit accuracy, bool resolve_
     }
     return ResolveOffset(offset, working, resolve_loops);
 }
+
+PolygonWithHolesCollection Polygon::ExpandKeepingPockets(Unit by, Unit accuracy) const
+{
+    VELLUM_ASSERT(by >= k_Unit_0 && accuracy >= k_Unit_0);
+    const Unit working = GetWorkingAccuracy(accuracy);
+    if (empty() || by == k_Unit_0)
+        return Expand(by, accuracy, true, 0, k_Unit_0);
+    const Result_T<std::vector<Arc>> offset = GetOffset(by, working, 0, k_Unit_0);
+    if (!offset.m_Success || offset.m_Value.empty() || !IsPolyArcSequence_G(offset.m_Value, k_Closed))
+        return Expand(by, accuracy, true, 0, k_Unit_0);
+    const PolygonWithHolesCollection loops =
+        Polygon(offset.m_Value, false).RemoveSelfIntersections(working, false, false, nullptr);
+    // A clockwise loop of the grown contour is a pocket that the growth
+    // closes around, or the crossed-over offset of a concave part, which lies
+    // within the distance and is covered. Only the first is a hole.
+    const Unit limit = by - working * 4.0;
+    std::vector<PolygonWithHoles> ret;
+    for (const PolygonWithHoles& entry : loops)
+    {
+        PolygonWithHoles kept(entry.GetPolygon());
+        for (const Polygon& hole : entry.GetHoles())
+            if (limit > k_Unit_0 && KeepsClearOf(hole, *this, limit))
+                kept.AddHole(hole);
+        ret.push_back(kept);
+    }
+    return PolygonWithHolesCollection(ret);
+}
 } // namespace geom

@@ -199,13 +199,15 @@ PolygonWithHolesCollection PolygonWithHoles::Shrink(Unit by, Unit accuracy, bool
     if (ret.empty() || !HasHoles())
         return ret;
     // The material shrinks away from each void too: the voids grow by the
-    // same distance and are taken out of the shrunk outline. Voids closer
-    // than twice the distance grow into each other; they are united first,
-    // so that the graph of the subtraction sees each place covered once.
+    // same distance and are taken out of the shrunk outline. A void that
+    // curls round a pocket of copper leaves the part of it that is farther
+    // than the distance. Voids closer than twice the distance grow into each
+    // other; they are united first, so that the graph of the subtraction sees
+    // each place covered once.
     std::vector<PolygonWithHoles> grown;
     for (const Polygon& hole : m_Holes)
-        for (const PolygonWithHoles& part : hole.Expand(by, accuracy, resolve_loops, joint_mode, joint_value))
-            grown.push_back(PolygonWithHoles(part.GetPolygon()));
+        for (const PolygonWithHoles& part : hole.ExpandKeepingPockets(by, accuracy))
+            grown.push_back(part);
     if (grown.empty())
         return ret;
     PolygonWithHolesCollection voids(grown);

@@ -116,7 +116,7 @@ TEST(PolygonOffset, PartsShrunkPastHalfTheirWidthVanish)
                 EXPECT_GE(GetDistance_G(e, c).GetValue(), 0.3 - 1e-9);
 }
 
-TEST(PolygonOffset, VoidsThatGrowIntoEachOtherAreTakenAwayOnce)
+TEST(PolygonOffset, GrownVoidsAreTakenAwayOnceAndKeepTheirPockets)
 {
     // A 20 x 20 plane with two disks of radius 1, 2.3 apart, and a rounded
     // box far from them, shrunk by 0.25: the outline moves in to 19.5 x 19.5,
@@ -135,6 +135,25 @@ TEST(PolygonOffset, VoidsThatGrowIntoEachOtherAreTakenAwayOnce)
         ASSERT_EQ(shrunk.size(), 1);
         EXPECT_EQ(shrunk.begin()->GetHoles().size(), 2);
         EXPECT_NEAR(shrunk.GetArea().GetValue(), 19.5 * 19.5 - voids, 1e-9);
+    }
+    // A void shaped as a square frame, [5, 15] around [7, 13], cut through on
+    // the right by a slot of copper 0.2 wide. Shrunk by 0.25 the slot is
+    // gone, the copper inside the frame is an island of its own, and where
+    // the slot met the copper on either side a bump remains as at a
+    // dumbbell's neck. Grown, the void closes round the island: the island
+    // stays.
+    const std::vector<Point> c_void{Point(5, 5),     Point(15, 5),    Point(15, 9.9), Point(13, 9.9),
+                                    Point(13, 7),    Point(7, 7),     Point(7, 13),   Point(13, 13),
+                                    Point(13, 10.1), Point(15, 10.1), Point(15, 15),  Point(5, 15)};
+    PolygonWithHoles framed(Polygon(Box(Point(0.0, 0.0), Point(20.0, 20.0)), k_Unit_0));
+    framed.AddHole(Polygon(c_void, true));
+    const double bump = ShrunkPadArea(0.1, 0.25) - 9;
+    const double grown_frame = 10.5 * 10.5 - (4 - M_PI) * 0.25 * 0.25 - 5.5 * 5.5 - 2 * bump;
+    for (const double accuracy : {1e-8, 0.0})
+    {
+        const PolygonWithHolesCollection shrunk = framed.Shrink(0.25, accuracy, true, 0, 0.0);
+        ASSERT_EQ(shrunk.size(), 2);
+        EXPECT_NEAR(shrunk.GetArea().GetValue(), 19.5 * 19.5 - grown_frame, 1e-9);
     }
     // Voids all around a narrow web: the web is gone, the region isn't.
     PolygonWithHoles webbed(Polygon(Box(Point(0.0, 0.0), Point(10.0, 4.0)), k_Unit_0));
