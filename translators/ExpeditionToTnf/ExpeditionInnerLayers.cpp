@@ -52,8 +52,8 @@ AString ExpeditionParser::GetInnerLayerFootprintName(ElementList& elements, cons
     {
         const ExpeditionPadStack* variant = GetInnerLayerPadStack(elements, pin->m_PadStackName, layer);
         pins.push_back(new ExpeditionPin(pin->m_Name, pin->m_NetName,
-                                         variant ? variant->m_Name : pin->m_PadStackName, pin->m_X, pin->m_Y,
-                                         pin->m_Rotation, pin->m_Options, pin->m_Attributes));
+                                         variant ? variant->m_Name : pin->m_PadStackName.str(), pin->m_X,
+                                         pin->m_Y, pin->m_Rotation, pin->m_Options, pin->m_Attributes));
     }
     elements.push_back(new ExpeditionFootprint(name, cell->m_PackageGroup, cell->m_MountType,
                                                cell->m_NumberLayers, pins, {}, {}, {}, {}));

@@ -1,6 +1,29 @@
 // ExpeditionLayout.cpp - what the elements of the design model own and free.
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
 
+#include <unordered_set>
+
+namespace
+{
+// The texts of the run's names; a node-based set, so a text never moves.
+std::unordered_set<AString>& NameTable()
+{
+    static std::unordered_set<AString> table;
+    return table;
+}
+} // namespace
+
+ExpeditionName::ExpeditionName()
+{
+    static const AString* const empty = Intern(AString());
+    m_Text = empty;
+}
+
+const AString* ExpeditionName::Intern(const AString& text)
+{
+    return &*NameTable().insert(text).first;
+}
+
 ExpeditionTrace::~ExpeditionTrace()
 {
     DeleteOwned_G(m_Vertices);

@@ -54,6 +54,60 @@ using ElementList = std::vector<ExpeditionBaseElement*>;
 
 // ------------------------------------------------------------ plain records
 
+// A name that many records repeat: a layer, a padstack, a net, a font, an
+// option line. A large board holds a few thousand such names hundreds of
+// thousands of times over, so each text is held once for the whole run and a
+// record keeps a pointer to it. It reads as the AString it stands for, and
+// comparisons are those of AString.
+class ExpeditionName
+{
+public:
+    ExpeditionName();
+    ExpeditionName(const AString& text) : m_Text(Intern(text)) {}
+    ExpeditionName(const wchar_t* text) : ExpeditionName(AString(text)) {}
+    ExpeditionName& operator=(const AString& text)
+    {
+        m_Text = Intern(text);
+        return *this;
+    }
+    ExpeditionName& operator=(const wchar_t* text) { return *this = AString(text); }
+
+    operator const AString&() const { return *m_Text; }
+    const AString& str() const { return *m_Text; }
+    const AString* operator->() const { return m_Text; }
+
+    bool empty() const { return m_Text->empty(); }
+    size_t size() const { return m_Text->size(); }
+    const wchar_t* c_str() const { return m_Text->c_str(); }
+    wchar_t operator[](size_t pos) const { return (*m_Text)[pos]; }
+    size_t find(wchar_t ch, size_t pos = 0) const { return m_Text->find(ch, pos); }
+    AString substr(size_t pos = 0, size_t count = AString::npos) const { return m_Text->substr(pos, count); }
+    int Compare(const AString& other) const { return m_Text->Compare(other); }
+    int CompareNoCase(const AString& other) const { return m_Text->CompareNoCase(other); }
+    int CompareNoCase(const wchar_t* other) const { return m_Text->CompareNoCase(other); }
+    bool Match(const AString& pattern) const { return m_Text->Match(pattern); }
+    AString_const<char> AsAnsi() const { return m_Text->AsAnsi(); }
+
+    friend bool operator==(const ExpeditionName& a, const ExpeditionName& b)
+    {
+        return *a.m_Text == *b.m_Text;
+    }
+    friend bool operator==(const ExpeditionName& a, const AString& b) { return *a.m_Text == b; }
+    friend bool operator==(const AString& a, const ExpeditionName& b) { return a == *b.m_Text; }
+    friend bool operator==(const ExpeditionName& a, const wchar_t* b) { return *a.m_Text == b; }
+    friend bool operator<(const ExpeditionName& a, const ExpeditionName& b) { return *a.m_Text < *b.m_Text; }
+    friend AString operator+(const ExpeditionName& a, const AString& b) { return *a.m_Text + b; }
+    friend AString operator+(const ExpeditionName& a, const wchar_t* b) { return *a.m_Text + b; }
+    friend AString operator+(const AString& a, const ExpeditionName& b) { return a + *b.m_Text; }
+    friend AString operator+(const wchar_t* a, const ExpeditionName& b) { return a + *b.m_Text; }
+
+private:
+    // The run's one copy of the text; the table only grows, and a text once
+    // in it stays where it is.
+    static const AString* Intern(const AString& text);
+    const AString* m_Text;
+};
+
 // One corner of a path or polygon. arcHeight 0.0 is a straight edge to the
 // next vertex; otherwise the signed sagitta of the arc on that edge (a whole
 // circle, from an edge whose ends coincide, holds plus or minus its diameter).
@@ -83,22 +137,22 @@ struct ExpeditionPin
           m_Rotation(rotation), m_Options(options), m_Attributes(attributes)
     {
     }
-    const AString& GetName() const { return m_Name; }
-    const AString& GetNetName() const { return m_NetName; }
-    const AString& GetPadStackName() const { return m_PadStackName; }
+    const AString& GetName() const { return m_Name.str(); }
+    const AString& GetNetName() const { return m_NetName.str(); }
+    const AString& GetPadStackName() const { return m_PadStackName.str(); }
     double GetX() const { return m_X; }
     double GetY() const { return m_Y; }
     double GetRotation() const { return m_Rotation; }
-    const AString& GetOptions() const { return m_Options; }
+    const AString& GetOptions() const { return m_Options.str(); }
     const std::vector<ExpeditionAttribute>& GetAttributes() const { return m_Attributes; }
 
-    AString m_Name;         // unique within a footprint after renaming
-    AString m_NetName;      // NETNAME; empty in a footprint
-    AString m_PadStackName; // the only field changed after construction
+    ExpeditionName m_Name;         // unique within a footprint after renaming
+    ExpeditionName m_NetName;      // NETNAME; empty in a footprint
+    ExpeditionName m_PadStackName; // the only field changed after construction
     double m_X;
     double m_Y;
     double m_Rotation;                             // degrees counter-clockwise, after the OPP_SIDE correction
-    AString m_Options;                             // PIN_OPTIONS
+    ExpeditionName m_Options;                      // PIN_OPTIONS
     std::vector<ExpeditionAttribute> m_Attributes; // level-four TEXT pairs
 };
 
@@ -114,17 +168,17 @@ struct ExpeditionText
     {
     }
     AString m_Text;
-    AString m_Layer;      // after the layer mapping of the reader
-    AString m_TextType;   // TEXT_TYPE, for instance "REF_DES"
-    AString m_Font;       // FONT
-    AString m_HorzJust;   // HORZ_JUST
-    AString m_VertJust;   // VERT_JUST
-    double m_Height;      // HEIGHT
-    double m_Rotation;    // ROTATION
-    double m_StrokeWidth; // STROKE_WIDTH and WIDTH
+    ExpeditionName m_Layer;    // after the layer mapping of the reader
+    ExpeditionName m_TextType; // TEXT_TYPE, for instance "REF_DES"
+    ExpeditionName m_Font;     // FONT
+    ExpeditionName m_HorzJust; // HORZ_JUST
+    ExpeditionName m_VertJust; // VERT_JUST
+    double m_Height;           // HEIGHT
+    double m_Rotation;         // ROTATION
+    double m_StrokeWidth;      // STROKE_WIDTH and WIDTH
     double m_X;
     double m_Y;
-    AString m_Options; // rest of the TEXT_OPTIONS line
+    ExpeditionName m_Options; // rest of the TEXT_OPTIONS line
 };
 
 // One via.
@@ -135,9 +189,9 @@ struct ExpeditionVia
         : m_PadStackName(padStackName), m_FromLayer(fromLayer), m_ToLayer(toLayer), m_X(x), m_Y(y)
     {
     }
-    AString m_PadStackName; // PADSTACK
-    AString m_FromLayer;    // first layer of LAYER_PAIR, as a layer name
-    AString m_ToLayer;      // second layer of LAYER_PAIR
+    ExpeditionName m_PadStackName; // PADSTACK
+    ExpeditionName m_FromLayer;    // first layer of LAYER_PAIR, as a layer name
+    ExpeditionName m_ToLayer;      // second layer of LAYER_PAIR
     double m_X;
     double m_Y;
 };
@@ -155,9 +209,9 @@ struct ExpeditionTrace
     ExpeditionTrace(const ExpeditionTrace&) = delete;
     ExpeditionTrace& operator=(const ExpeditionTrace&) = delete;
 
-    AString m_LayerName;                       // ROUTE_LYR as a layer name
-    AString m_Options;                         // rest of the TRACE_OPTIONS line
-    AString m_PathKind;                        // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
+    ExpeditionName m_LayerName;                // ROUTE_LYR as a layer name
+    ExpeditionName m_Options;                  // rest of the TRACE_OPTIONS line
+    ExpeditionName m_PathKind;                 // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
     double m_Width;                            // WIDTH
     std::vector<ExpeditionVertex*> m_Vertices; // the centre line, owned
 };
@@ -495,7 +549,7 @@ public:
     }
     ~ExpeditionComponent() override;
     ExpeditionComponent* AsComponent() override { return this; }
-    const AString& GetFootprintName() const { return m_FootprintName; }
+    const AString& GetFootprintName() const { return m_FootprintName.str(); }
     const std::vector<ExpeditionText*>& GetTexts() const { return m_Texts; }
     // The first or the last text whose type is exactly textType ("REF_DES",
     // "PARTNO"), or null.
@@ -518,9 +572,9 @@ public:
         return text ? text->m_Text : AString();
     }
 
-    AString m_FootprintName; // the cell, or its "%s_Layer_%d" variant
-    AString m_LayerName;     // the mounting layer
-    AString m_Text;          // always empty
+    ExpeditionName m_FootprintName; // the cell, or its "%s_Layer_%d" variant
+    ExpeditionName m_LayerName;     // the mounting layer
+    AString m_Text;                 // always empty
     double m_X;
     double m_Y;
     double m_Rotation; // degrees as in the file

@@ -180,7 +180,7 @@ CBlockPtr ExpeditionToTnf::WriteLayoutComponents(ElementList& elements)
         if (!component)
             continue;
         const AString refDes = RefDesOrNextFree(*component, false, counter);
-        const AString layer = component->m_LayerName.empty() ? topLayer : component->m_LayerName;
+        const AString layer = component->m_LayerName.empty() ? topLayer : component->m_LayerName.str();
         // A component on the far side has its rotation reflected, not its position.
         const double rotation = component->m_Mirrored ? 180.0 - component->m_Rotation : component->m_Rotation;
         CBlockPtr entry(L"LayoutComp");
