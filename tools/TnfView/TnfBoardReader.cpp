@@ -99,7 +99,7 @@ TnfContour ReadContour(const io::CBlock_func& func, size_t first, double* lineWi
         {
             contour.push_back({Number(*item, 0), Number(*item, 1), 0.0});
             if (lineWidth && contour.size() == 1)
-                *lineWidth = Number(*item, 2);
+                *lineWidth = std::fabs(Number(*item, 2));
         }
         else if (item->Name() == L"Arc" && !contour.empty())
             contour.back().m_Sagitta = Number(*item, 0);
@@ -325,13 +325,13 @@ private:
         else if (shape.Name() == L"Polygon")
         {
             out.m_Kind = TnfShape::k_Fill;
-            out.m_Width = Number(shape, 1);
+            out.m_Width = std::fabs(Number(shape, 1));
             out.m_Contours.push_back(ReadContour(shape, 2));
         }
         else if (shape.Name() == L"Circle")
         {
             out.m_Kind = TnfShape::k_Fill;
-            out.m_Width = Number(shape, 1);
+            out.m_Width = std::fabs(Number(shape, 1));
             out.m_Contours.push_back(
                 CircleContour_G(Number(shape, 2), Number(shape, 3), Number(shape, 4) * 0.5));
         }
@@ -356,7 +356,7 @@ private:
             if (const io::CBlock_func* outline = AsFunc(item.Item());
                 outline && outline->Name() == L"Polygon")
             {
-                plane.m_Width = Number(*outline, 1);
+                plane.m_Width = std::fabs(Number(*outline, 1));
                 plane.m_Contours.insert(plane.m_Contours.begin(), ReadContour(*outline, 2));
             }
             const io::CBlock* voids = AsBlock(item);

@@ -403,6 +403,39 @@ def check_minimal(browser, work, tnfview, translator, source):
     return page
 
 
+def check_odd_files(browser, work, tnfview):
+    """Damaged copies of the small board (a fixed seed, so every run sees the
+    same files): the program refuses them or writes a page that loads without
+    a script or console error, such as path data the browser can't read."""
+    import random
+    rng = random.Random(18)
+    page = Page(browser, "damaged small boards")
+    odd = SMALL.replace("Circle(1))", "Circle(-1))").replace("0.6, 0.6, 'Round'", "-0.6, -0.6, 'Round'")
+    texts = [odd, SMALL.replace("Polygon(7, 0,", "Polygon(7, 0)").replace("vertex(10, 10)", "vertex(1e308, -1e308)")]
+    for _ in range(12):
+        b = bytearray(SMALL.encode())
+        for _ in range(rng.randint(1, 20)):
+            p = rng.randrange(len(b))
+            if rng.random() < 0.5:
+                b[p] = rng.choice(b"(),'=$\n0123456789-.eE aN")
+            else:
+                del b[p:p + rng.randint(1, 30)]
+        texts.append(b.decode(errors="replace") + "\n$end 'TarvexNeutralFile'\n")
+    for i, text in enumerate(texts):
+        tnf = os.path.join(work, "odd%d.tnf" % i)
+        with open(tnf, "w") as f:
+            f.write(text)
+        run = subprocess.run([tnfview, tnf], stderr=subprocess.PIPE)
+        if run.returncode not in (0, 1):
+            page.failures.append("odd%d.tnf: exit status %d: %s" % (i, run.returncode, run.stderr[-300:]))
+        elif run.returncode == 0:
+            browser.load(os.path.join(work, "odd%d.html" % i))
+            for e in browser.errors():
+                page.failures.append("odd%d.tnf: %s" % (i, e))
+            browser.events = []
+    return page
+
+
 def main():
     ap = argparse.ArgumentParser()
     ap.add_argument("--tnfview")
@@ -438,10 +471,12 @@ def main():
             pages = [check_small(browser, work, args.tnfview),
                      check_demo(browser, work, args.tnfview, args.translator, args.source, args.screenshot),
                      check_minimal(browser, work, args.tnfview, args.translator, args.source)]
+            errors = browser.errors()
+            browser.events = []
+            pages.append(check_odd_files(browser, work, args.tnfview))
         finally:
             shutil.rmtree(work, ignore_errors=True)
-        failures = [f for p in pages for f in p.failures] + ["script or console error: " + e
-                                                               for e in browser.errors()]
+        failures = [f for p in pages for f in p.failures] + ["script or console error: " + e for e in errors]
         for f in failures:
             print("FAILED: " + f)
         print("%d pages checked in chromium, %d failures" % (len(pages), len(failures)))
