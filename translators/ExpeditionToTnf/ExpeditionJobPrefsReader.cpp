@@ -16,6 +16,13 @@ bool EndsStackupRecord(const AString& token)
     return token.CompareNoCase(L"DIELECTRIC_LAYER") == 0 || token.CompareNoCase(L"PLANE_LAYER") == 0 ||
            token.CompareNoCase(L"SIGNAL_LAYER") == 0 || token.CompareNoCase(L"ALLOW_BURIED_RESISTORS") == 0;
 }
+
+// A later record of the same kind replaces an earlier one, which is freed.
+void ReplaceConnection(ExpeditionPlaneConnection*& connection, ExpeditionPlaneConnection* later)
+{
+    delete connection;
+    connection = later;
+}
 } // namespace
 
 void ExpeditionParser::ReadJobPrefs(ElementList& elements)
@@ -54,11 +61,11 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
         else if (token.CompareNoCase(L"TP_ASSIGNMENT_SECTION") == 0)
             return; // nothing in or behind this section is read
         else if (token.CompareNoCase(L"DEFAULT_VIA_CONNECTIONS") == 0)
-            m_DefaultViaConnection = ReadPlaneConnection(stream, factor);
+            ReplaceConnection(m_DefaultViaConnection, ReadPlaneConnection(stream, factor));
         else if (token.CompareNoCase(L"DEFAULT_THRU_PAD_CONNECTIONS") == 0)
-            m_DefaultThruPadConnection = ReadPlaneConnection(stream, factor);
+            ReplaceConnection(m_DefaultThruPadConnection, ReadPlaneConnection(stream, factor));
         else if (token.CompareNoCase(L"DEFAULT_SMD_PAD_CONNECTIONS") == 0)
-            m_DefaultSmdPadConnection = ReadPlaneConnection(stream, factor);
+            ReplaceConnection(m_DefaultSmdPadConnection, ReadPlaneConnection(stream, factor));
         else if (stream.eof())
             break;
         else
