@@ -5,6 +5,7 @@
 
 #include "core/lib/vellum/Assert.h"
 
+#include <cmath>
 #include <cstdlib>
 
 namespace
@@ -65,7 +66,8 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
                     stream >> originX >> scratch >> originY >> scratch;
                 else
                 {
-                    originX = std::atof(scratch.AsAnsi().c_str());
+                    const double glued = std::atof(scratch.AsAnsi().c_str());
+                    originX = std::isfinite(glued) ? glued : 0.0; // "nan" or "inf" is no number
                     stream >> scratch >> originY;
                 }
             }

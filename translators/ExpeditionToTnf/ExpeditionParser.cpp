@@ -5,6 +5,7 @@
 #include "lib/math/geometry/Arc.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
+#include <cmath>
 #include <cstdlib>
 
 ExpeditionParser::ExpeditionParser(const AString& directory) : m_Directory(directory) {}
@@ -131,7 +132,9 @@ void ExpeditionParser::ReadXY(io::CToken_istream& stream, double& x, double& y)
         stream >> x >> scratch >> y >> scratch;
     else
     {
-        x = std::atof(scratch.AsAnsi().c_str());
+        // A number glued to its bracket; "nan" or "inf" there is no number.
+        const double glued = std::atof(scratch.AsAnsi().c_str());
+        x = std::isfinite(glued) ? glued : 0.0;
         stream >> scratch >> y;
     }
 }

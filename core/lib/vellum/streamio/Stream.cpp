@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 
 namespace io
 {
@@ -28,6 +29,8 @@ bool IsDigit(char c)
 }
 
 // Parses the longest number at the start of text; false if there is none.
+// "nan", "inf" and numbers beyond the type's range are no numbers: a reader
+// would carry them into lengths and on into conversions to integers.
 template <class T> bool ParseNumber(std::string_view text, T& value)
 {
     const char* first = text.data();
@@ -38,6 +41,9 @@ template <class T> bool ParseNumber(std::string_view text, T& value)
     const auto result = std::from_chars(first, last, parsed);
     if (result.ec != std::errc() || result.ptr == first)
         return false;
+    if constexpr (std::is_floating_point_v<T>)
+        if (!std::isfinite(parsed))
+            return false;
     value = parsed;
     return true;
 }
