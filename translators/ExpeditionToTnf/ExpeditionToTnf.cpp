@@ -6,6 +6,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 
@@ -41,9 +42,29 @@ AString ExpeditionToTnf::MakeDateText()
     return date;
 }
 
+namespace
+{
+// No board is built with more conductive layers than this; a stack-up record
+// with a higher number is no evidence for a bigger stack-up.
+constexpr int k_MostConductiveLayers = 256;
+} // namespace
+
+// PHYSICAL_LAYERS is the highest conductive number of the stack-up. Every
+// through padstack gets one item per layer up to it, so a hostile count would
+// make a file of gigabytes out of a few bytes; it is held to the conductive
+// layers that the stack-up really has, and to no less than none.
+int ExpeditionToTnf::BoundedPhysicalLayers(const ExpeditionParser& parser)
+{
+    int highest = 0;
+    for (const auto& [number, layer] : parser.m_Layers)
+        if (number <= k_MostConductiveLayers)
+            highest = std::max(highest, number);
+    return std::clamp(parser.m_PhysicalLayers, 0, highest);
+}
+
 void ExpeditionToTnf::TakeOverFromParser(ExpeditionParser& parser)
 {
-    m_PhysicalLayers = parser.m_PhysicalLayers;
+    m_PhysicalLayers = BoundedPhysicalLayers(parser);
     // The driver owns the connection records from now on.
     m_DefaultViaConnection = parser.m_DefaultViaConnection;
     m_DefaultThruPadConnection = parser.m_DefaultThruPadConnection;

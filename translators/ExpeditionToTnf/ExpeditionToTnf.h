@@ -132,5 +132,6 @@ private:
     io::CBlockFuncPtr MakeExtraLayerItem(const std::vector<PadStackLayerEntry*>& slots, size_t j, size_t k);
     void AddPadShape(io::CBlock_func& entry, ExpeditionPad& pad);
     void TakeOverFromParser(ExpeditionParser& parser);
+    static int BoundedPhysicalLayers(const ExpeditionParser& parser);
     void ReserveReferenceDesignators(ElementList& elements);
 };
