@@ -2,6 +2,7 @@
 #include "core/lib/vellum/streamio/TokenStream.h"
 
 #include "core/lib/vellum/FileSystemPath.h"
+#include "core/lib/vellum/SafeFiles.h"
 
 #include <filesystem>
 #include <system_error>
@@ -9,14 +10,22 @@
 namespace io
 {
 CToken_ostream::CToken_ostream(const LongFileName& file, int /*mode*/)
-    : m_Target(file.GetPath().AsAnsi().str()), m_Temporary(m_Target + ".tmp")
+    : m_Target(file.GetPath().AsAnsi().str())
 {
-    m_File = std::fopen(m_Temporary.c_str(), "wb");
+    m_File = CreateTemporaryFile_G(m_Target, m_Temporary);
 }
 
+// A stream that was never closed holds an unfinished text: it is dropped, and
+// the target stays as it was.
 CToken_ostream::~CToken_ostream()
 {
-    Close();
+    if (!m_File)
+        return;
+    std::fclose(m_File);
+    m_File = nullptr;
+    std::error_code error;
+    std::filesystem::remove(ToFileSystemPath_G(m_Temporary), error);
+    ReleaseTemporaryFile_G(m_Temporary);
 }
 
 void CToken_ostream::Sink(const char* data, size_t size)
@@ -38,28 +47,15 @@ void CToken_ostream::Close()
         std::filesystem::rename(ToFileSystemPath_G(m_Temporary), ToFileSystemPath_G(m_Target), error);
     if (!written || error)
         std::filesystem::remove(ToFileSystemPath_G(m_Temporary), error);
+    ReleaseTemporaryFile_G(m_Temporary);
 }
 
 CToken_istream::CToken_istream(const LongFileName& file, int /*mode*/) : m_Name(file.GetPath())
 {
+    // Only a regular file of sane size is read: a pipe or a device named
+    // like a job file would block the run or fill the memory.
     std::string data;
-    if (std::FILE* f = std::fopen(file.GetPath().AsAnsi().c_str(), "rb"))
-    {
-        m_Open = true;
-        // Large blocks: the layout files of big boards run to hundreds of MB.
-        constexpr size_t k_Block = 1 << 22;
-        size_t used = 0;
-        for (;;)
-        {
-            data.resize(used + k_Block);
-            const size_t n = std::fread(data.data() + used, 1, k_Block, f);
-            used += n;
-            if (n < k_Block)
-                break;
-        }
-        data.resize(used);
-        std::fclose(f);
-    }
+    m_Open = ReadRegularFile_G(file.GetPath().AsAnsi().str(), data);
     SetData(std::move(data));
 }
 

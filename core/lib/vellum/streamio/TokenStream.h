@@ -5,7 +5,9 @@
 // keeps a 100 MB layout file at about a second. The output stream collects
 // text in a large buffer and writes it to a temporary file beside the target;
 // only Close renames it into place, so an interrupted run never leaves a
-// half-written neutral file behind.
+// half-written neutral file behind. The temporary file has a random name, is
+// created exclusively and is removed at every end that can be caught
+// (SafeFiles.h); a stream destroyed unclosed drops its text.
 #pragma once
 
 #include "core/lib/vellum/LongFileName.h"
@@ -57,7 +59,7 @@ public:
 class CToken_ostream : public CAbstract_ostream
 {
 public:
-    // Opens the file for writing, replacing it once the stream is closed.
+    // Opens a temporary file beside the target; Close replaces the target.
     // Mode 32 is plain text; no other mode is in use.
     CToken_ostream(const LongFileName& file, int mode);
     ~CToken_ostream() override;
