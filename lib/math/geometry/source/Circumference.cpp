@@ -131,21 +131,34 @@ std::pair<Result_T<Arc>, Result_T<Arc>> Circumference::GetIntersections(const Ci
     VELLUM_ASSERT(center_dist_square != k_Area_0);
     if (center_dist_square == k_Area_0)
         return ret;
-    // The radical point: where the common chord crosses the line of centres,
-    // at distance a from this centre.
-    const Unit d = center_dist_square.GetSqrt();
-    const Unit a = (center_dist_square + m_Radius * m_Radius - other.m_Radius * other.m_Radius) / (d * 2.0);
-    const Vector axis = other.m_Center - m_Center;
     // Centres within accuracy of each other but circles apart by more than the
     // accuracy have no common point; the line of centres has no direction.
     if (other.m_Center.IsEqualTo(m_Center, accuracy))
         return ret;
-    const Point radical = m_Center + axis * (a / d);
-    const Area rest = m_Radius * m_Radius - a * a;
+    // The radical point: where the common chord crosses the line of centres,
+    // at distance a from the centre of the smaller circle. Measured from a
+    // large circle's centre, r^2 - a^2 would cancel down to its rounding
+    // noise when the chord is short against the radius (a nearly straight
+    // edge crossing a pad), and the crossing would be lost.
+    const bool from_other = other.m_Radius < m_Radius;
+    const Circumference& small = from_other ? other : *this;
+    const Circumference& large = from_other ? *this : other;
+    const Unit d = center_dist_square.GetSqrt();
+    // d^2 - R^2 as a product, so that it keeps its digits when the two nearly
+    // cancel.
+    const Area d2_minus_large2 = (d - large.m_Radius) * (d + large.m_Radius);
+    const Unit a = (d2_minus_large2 + small.m_Radius * small.m_Radius) / (d * 2.0);
+    const Vector axis = large.m_Center - small.m_Center;
+    const Point radical = small.m_Center + axis * (a / d);
+    const Area rest = (small.m_Radius - a) * (small.m_Radius + a);
     Unit half = rest > k_Area_0 ? rest.GetSqrt() : k_Unit_0;
     if (half < accuracy)
         half = k_Unit_0;
-    const Vector across = half == k_Unit_0 ? k_NullVector : axis.GetPerpendicular(half);
+    // The perpendicular keeps its side of the line from this centre to the
+    // other, so that the order of the two points doesn't depend on which
+    // circle is larger.
+    const Vector across =
+        half == k_Unit_0 ? k_NullVector : (other.m_Center - m_Center).GetPerpendicular(half);
     const Point p1 = radical + across, p2 = radical - across;
     ret.first = {true, Arc(p1, p1, k_Unit_0)};
     if (p1.IsEqualTo(p2, accuracy))

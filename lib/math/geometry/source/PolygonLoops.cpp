@@ -94,6 +94,16 @@ std::vector<Point> Polygon::GetSelfIntersectionPoints(const PolyArc& chain, Unit
             }
         }
     }
+    // A vertex that the contour passes twice is where it touches itself,
+    // though no two edges cross there.
+    std::vector<Point> starts;
+    starts.reserve(static_cast<size_t>(n));
+    for (const_iterator i = chain.begin(); i != chain.end(); ++i)
+        starts.push_back(i->GetStart());
+    std::sort(starts.begin(), starts.end());
+    for (size_t k = 1; k < starts.size(); ++k)
+        if (starts[k] == starts[k - 1])
+            points.push_back(starts[k]);
     std::vector<Point> ret = MergeClosePoints_G(points, accuracy);
     std::sort(ret.begin(), ret.end());
     return ret;
@@ -101,21 +111,35 @@ std::vector<Point> Polygon::GetSelfIntersectionPoints(const PolyArc& chain, Unit
 
 namespace
 {
-// Whether the outline `inner` lies inside `outer`: boxes first, with room for
-// the noise of the loop walk, then the middle of inner's first edge.
-bool LiesInside(const Polygon& inner, const Polygon& outer, Unit accuracy)
+// Whether the simple loop `inner` lies inside the simple loop `outer`, the
+// two touching at most: decided by the first middle of an edge of inner
+// that isn't on outer's contour. Loops that run along each other all the
+// way are ordered by their index, the later one inside.
+bool LiesInside(const Polygon& inner, size_t inner_index, const Polygon& outer, size_t outer_index,
+                Unit accuracy)
 {
     if (!outer.GetBBox().GetExpanded(accuracy * 100.0).Contains(inner.GetBBox()))
         return false;
-    return outer.IsPointInside(inner.GetFirstEdge().GetMiddle(), accuracy);
+    for (const Arc& a : inner.GetEdges())
+    {
+        const PointRelation r = outer.GetRelation(a.GetMiddle(), accuracy);
+        if (r != k_PointOnBoundary)
+            return r == k_PointInside;
+    }
+    return inner_index > outer_index;
 }
 } // namespace
 
+// The loops are simple and cross neither themselves nor each other, so they
+// nest. The contour winds round a point as often as the signed loops that
+// hold it: a loop bounds the region where it takes the winding number from
+// zero or below to above zero (an outline), or back (a hole).
 PolygonWithHolesCollection Polygon::AssembleLoops(const std::vector<PolyArc>& loops, Unit accuracy,
                                                   bool keep_largest, bool drop_holes)
 {
     const Area limit = accuracy * accuracy;
-    std::vector<Polygon> outlines, holes;
+    std::vector<Polygon> shapes; // counter-clockwise
+    std::vector<int> sign;
     for (const PolyArc& loop : loops)
     {
         if (loop.empty())
@@ -123,50 +147,73 @@ PolygonWithHolesCollection Polygon::AssembleLoops(const std::vector<PolyArc>& lo
         const Area area = loop.GetSignedArea();
         if (area.GetAbs() < limit || area == k_Area_0)
             continue;
-        if (area > k_Area_0)
-            outlines.push_back(Polygon(loop, false));
-        else
-            holes.push_back(Polygon(loop.GetReversed(), false));
+        shapes.push_back(area > k_Area_0 ? Polygon(loop, false) : Polygon(loop.GetReversed(), false));
+        sign.push_back(area > k_Area_0 ? 1 : -1);
     }
+    // Each loop's parent is the smallest loop that holds it.
+    const size_t n = shapes.size();
+    std::vector<Area> areas(n);
+    for (size_t k = 0; k < n; ++k)
+        areas[k] = shapes[k].GetArea();
+    std::vector<size_t> order(n);
+    for (size_t k = 0; k < n; ++k)
+        order[k] = k;
+    std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return areas[a] > areas[b]; });
+    std::vector<size_t> parent(n, n);
+    for (size_t i = 0; i < n; ++i)
+        for (size_t j = i; j-- > 0;)
+            if (LiesInside(shapes[order[i]], order[i], shapes[order[j]], order[j], accuracy))
+            {
+                parent[order[i]] = order[j];
+                break;
+            }
+    // Winding numbers from the outermost loops inwards.
+    std::vector<int> winding(n, 0);
+    for (size_t k : order)
+        winding[k] = sign[k] + (parent[k] == n ? 0 : winding[parent[k]]);
     std::vector<PolygonWithHoles> entries;
-    if (outlines.size() == 1)
-        entries.push_back(PolygonWithHoles(outlines.front()));
-    else if (keep_largest && !outlines.empty())
+    std::vector<size_t> entry_of(n, n);
+    std::vector<size_t> hole_loops;
+    for (size_t k = 0; k < n; ++k)
+    {
+        const int outside = parent[k] == n ? 0 : winding[parent[k]];
+        if (winding[k] > 0 && outside <= 0)
+        {
+            entry_of[k] = entries.size();
+            entries.push_back(PolygonWithHoles(shapes[k]));
+        }
+        else if (winding[k] <= 0 && outside > 0)
+            hole_loops.push_back(k);
+    }
+    if (keep_largest && entries.size() > 1)
     {
         // The first outline stands with the area of its box, deliberately
         // generous: a later one must beat that to replace it.
         size_t best = 0;
-        Area best_area = outlines.front().GetBBox().GetArea();
-        for (size_t k = 1; k < outlines.size(); ++k)
+        Area best_area = entries.front().GetPolygon().GetBBox().GetArea();
+        for (size_t k = 1; k < entries.size(); ++k)
         {
-            const Area area = outlines[k].GetArea();
+            const Area area = entries[k].GetPolygon().GetArea();
             if (area > best_area)
             {
                 best = k;
                 best_area = area;
             }
         }
-        entries.push_back(PolygonWithHoles(outlines[best]));
-    }
-    else
-    {
-        for (size_t k = 0; k < outlines.size(); ++k)
-        {
-            bool inside_another = false;
-            for (size_t m = 0; m < outlines.size() && !inside_another; ++m)
-                inside_another = m != k && LiesInside(outlines[k], outlines[m], accuracy);
-            if (!inside_another)
-                entries.push_back(PolygonWithHoles(outlines[k]));
-        }
+        for (size_t& e : entry_of)
+            e = e == best ? 0 : n;
+        entries = {entries[best]};
     }
     if (!drop_holes)
-        for (const Polygon& hole : holes)
-            for (PolygonWithHoles& entry : entries)
-                if (LiesInside(hole, entry.GetPolygon(), accuracy))
-                {
-                    entry.AddHole(hole);
-                    break;
-                }
+        for (size_t k : hole_loops)
+        {
+            // The hole belongs to the nearest loop round it that is an outline.
+            size_t p = parent[k];
+            while (p != n && entry_of[p] == n)
+                p = parent[p];
+            if (p != n && entry_of[p] < entries.size())
+                entries[entry_of[p]].AddHole(shapes[k]);
+        }
     return PolygonWithHolesCollection(entries);
 }
 

@@ -68,6 +68,20 @@ PolygonWithHolesCollection MakeCollection(std::initializer_list<PolygonWithHoles
 }
 } // namespace
 
+namespace
+{
+// Whether two regions whose boundaries meet share no area: the difference
+// leaves the first whole.
+bool IsTouchingOnly(const PolygonWithHoles& a, const PolygonWithHoles& b, Unit accuracy)
+{
+    const Area left = GetGraphResult(a, b, accuracy, Graph::k_Subtraction).GetArea();
+    Unit length = k_Unit_0;
+    for (const Arc& e : a.GetPolygon().GetEdges())
+        length = length + e.GetLength();
+    return (a.GetArea() - left).GetAbs() <= accuracy * length * 2.0;
+}
+} // namespace
+
 // --- Polygon ---
 
 PolygonWithHolesCollection Polygon::Subtract(const Polygon& poly, Unit accuracy) const
@@ -297,7 +311,9 @@ PolygonWithHolesCollection PolygonWithHoles::Intersect(const PolygonWithHoles& o
     default:
     {
         PolygonWithHolesCollection ret = GetGraphResult(*this, other, accuracy, Graph::k_Intersection);
-        VELLUM_ASSERT(!ret.empty());
+        // Boundaries that only touch share no area; otherwise something
+        // must remain.
+        VELLUM_ASSERT(!ret.empty() || IsTouchingOnly(*this, other, accuracy));
         return ret;
     }
     }
@@ -312,35 +328,57 @@ PolygonWithHolesCollection PolygonWithHoles::RemoveSelfIntersections(Unit accura
 {
     VELLUM_ASSERT(accuracy >= k_Unit_0);
     PolygonWithHolesCollection ret = m_Polygon.RemoveSelfIntersections(accuracy, false, false, nullptr);
-    // Holes that stay simple inside a single outline are gathered and set
-    // at once; only a hole that breaks up or meets several outlines goes
-    // through the subtraction.
-    std::vector<Polygon> pending;
-    const auto flush = [&]()
-    {
-        if (pending.empty())
-            return;
-        const PolygonWithHoles& only = *ret.begin();
-        std::vector<Polygon> holes = only.GetHoles().GetPolygons();
-        holes.insert(holes.end(), pending.begin(), pending.end());
-        ret = MakeCollection({PolygonWithHoles(only.GetPolygon(), PolygonCollection(holes))});
-        pending.clear();
-    };
+    if (ret.empty() || m_Holes.empty())
+        return ret;
+    // A hole that stays one simple loop inside a single outline, apart from
+    // every other hole, is set as it is: the cheap and common case. Holes
+    // that break up, overlap each other or leave the outline are united and
+    // subtracted.
+    std::vector<Polygon> simple =
+        ret.size() == 1 ? ret.begin()->GetHoles().GetPolygons() : std::vector<Polygon>();
+    const size_t own_holes = simple.size();
+    std::vector<PolygonWithHoles> complex;
     for (const Polygon& hole : m_Holes)
     {
         const PolygonWithHolesCollection h = hole.RemoveSelfIntersections(accuracy, false, false, nullptr);
         if (h.empty())
             continue;
-        if (ret.size() == 1 && h.size() == 1 && !h.begin()->HasHoles())
-        {
-            pending.push_back(h.begin()->GetPolygon());
-            continue;
-        }
-        flush();
-        ret = ret.Subtract(h, accuracy);
+        if (ret.size() == 1 && h.size() == 1 && !h.begin()->HasHoles() &&
+            ret.begin()->GetPolygon().GetRelation(h.begin()->GetPolygon(), accuracy) == k_OtherInsideThis)
+            simple.push_back(h.begin()->GetPolygon());
+        else
+            for (const PolygonWithHoles& part : h)
+                complex.push_back(part);
     }
-    flush();
-    return ret;
+    // Holes that meet another, found by a sweep over their boxes.
+    std::vector<size_t> order(simple.size());
+    for (size_t k = 0; k < order.size(); ++k)
+        order[k] = k;
+    std::sort(order.begin(), order.end(),
+              [&](size_t a, size_t b)
+              { return simple[a].GetBBox().GetMinX() < simple[b].GetBBox().GetMinX(); });
+    std::vector<bool> meets(simple.size(), false);
+    for (size_t i = 0; i < order.size(); ++i)
+    {
+        const Box box = simple[order[i]].GetBBox().GetExpanded(accuracy);
+        for (size_t j = i + 1; j < order.size() && simple[order[j]].GetBBox().GetMinX() <= box.GetMaxX(); ++j)
+            if (box.IntersectsWith(simple[order[j]].GetBBox()) &&
+                simple[order[i]].GetRelation(simple[order[j]], accuracy) != k_NoIntersection)
+                meets[order[i]] = meets[order[j]] = true;
+    }
+    std::vector<Polygon> kept;
+    for (size_t k = 0; k < simple.size(); ++k)
+        if (meets[k])
+            complex.push_back(PolygonWithHoles(simple[k]));
+        else
+            kept.push_back(simple[k]);
+    if (ret.size() == 1 && (kept.size() != own_holes || !complex.empty()))
+        ret = MakeCollection({PolygonWithHoles(ret.begin()->GetPolygon(), PolygonCollection(kept))});
+    if (complex.empty())
+        return ret;
+    const PolygonWithHolesCollection voids =
+        PolyArcIntersectionGraph2(PolygonWithHolesCollection(complex), accuracy).GetResult();
+    return ret.Subtract(voids, accuracy);
 }
 
 std::vector<Polygon> PolygonWithHoles::Decompose() const
