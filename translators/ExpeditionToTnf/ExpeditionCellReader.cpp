@@ -4,6 +4,7 @@
 // type and number of layers are not cleared between cells, so a cell that
 // does not state one inherits it from the cell before. Pin names are made
 // unique within a cell, because placed components refer to pins by name.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 #include "translators/ExpeditionToTnf/ExpeditionUniqueNames.h"
@@ -36,6 +37,8 @@ void ExpeditionParser::ReadCells(ElementList& elements)
 
 void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elements)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     double factor = 1.0;
     bool databaseUnits = false;
     AString token; // empty at the start, so the first line is skipped
@@ -65,7 +68,11 @@ void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elemen
         else if (stream.eof())
             break;
         else
+        {
+            if (m_Diagnostics)
+                m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
+        }
         level = NextToken(stream, token);
     }
 }

@@ -6,6 +6,7 @@
 // Conductive layers get their names here ("Top_1", "PLANE_2", "SIGNAL_3"),
 // and every other file of the job refers to layers by those names or by the
 // conductive number behind them.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 namespace
@@ -35,6 +36,8 @@ void ExpeditionParser::ReadJobPrefs(ElementList& elements)
 
 void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& elements)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     double factor = 1.0;
     AString token; // empty at the start, so the first line is skipped
     int level = 0;
@@ -59,7 +62,12 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
             factor = UnitFactor(text);
         }
         else if (token.CompareNoCase(L"TP_ASSIGNMENT_SECTION") == 0)
+        {
+            if (m_Diagnostics)
+                m_Diagnostics->AtToken(stream, "section-cut-short",
+                                       "Nothing from TP_ASSIGNMENT_SECTION to the end of the file is read.");
             return; // nothing in or behind this section is read
+        }
         else if (token.CompareNoCase(L"DEFAULT_VIA_CONNECTIONS") == 0)
             ReplaceConnection(m_DefaultViaConnection, ReadPlaneConnection(stream, factor));
         else if (token.CompareNoCase(L"DEFAULT_THRU_PAD_CONNECTIONS") == 0)
@@ -69,7 +77,11 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
         else if (stream.eof())
             break;
         else
+        {
+            if (m_Diagnostics)
+                m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
+        }
         level = NextPlainToken(stream, token);
     }
 }

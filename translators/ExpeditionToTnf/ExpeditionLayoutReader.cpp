@@ -4,6 +4,7 @@
 // The placed-cell reader keeps some values from one cell to the next (layer
 // number, position, rotation, side), as the file leaves them out where they
 // do not change; a second component without XY stands where the first stood.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -15,6 +16,15 @@ namespace
 {
 const wchar_t* const k_NoLayer = L"Tarvex_Dummy";
 
+// The reference designator among a placed cell's texts, for reports; "(no
+// REF_DES text)" without one.
+AString ReferenceDesignatorOf(const std::vector<ExpeditionText*>& texts)
+{
+    for (const ExpeditionText* text : texts)
+        if (IsKeyword_G(text->m_TextType, L"REF_DES"))
+            return text->m_Text;
+    return AString(L"(no REF_DES text)");
+}
 } // namespace
 
 bool ExpeditionParser::IsPlacedCellKeyword(const AString& token)
@@ -44,6 +54,8 @@ void ExpeditionParser::ReadLayout(ElementList& elements)
 
 void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& elements, bool hasPlanesFile)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     double factor = 1.0;
     AString token;
     int level = 0;
@@ -77,6 +89,8 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
             ReadGeneratedData(stream, token, factor, hasPlanesFile);
         else
         {
+            if (m_Diagnostics)
+                m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
             level = NextToken(stream, token);
         }
@@ -99,6 +113,8 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
         }
         AString cellName;
         stream >> cellName;
+        if (m_Diagnostics)
+            stream.MarkRecord();
         NextToken(stream, token);
         if (IsKeyword_G(token, L"PID"))
         {
@@ -118,7 +134,14 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
         std::vector<ExpeditionAttribute> attributes;
         ReadPlacedCellBody(stream, token, level, factor, state, options, pins, shapes, texts, attributes,
                            elements);
+        const size_t missingBefore = m_MissingCells.size();
+        const AString referenceDesignator = m_Diagnostics ? ReferenceDesignatorOf(texts) : AString();
         MakeComponent(cellName, options, state, factor, pins, shapes, texts, attributes, elements);
+        if (m_Diagnostics && m_MissingCells.size() > missingBefore)
+            m_Diagnostics->AtRecord(stream, "missing-cell",
+                                    "Component " + ExpeditionDiagnostics::Text(referenceDesignator) +
+                                        " is left out: its cell \"" + ExpeditionDiagnostics::Text(cellName) +
+                                        "\" is not in Cell.hkp.");
     }
 }
 

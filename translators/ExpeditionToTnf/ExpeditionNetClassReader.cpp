@@ -4,6 +4,7 @@
 //
 // The working values are never reset, so a subrule inherits every clearance
 // it does not state from the subrule before it, whatever its layer.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 namespace
@@ -62,6 +63,8 @@ void ExpeditionParser::ReadNetClasses()
 
 void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     double factor = 1.0;
     double values[k_ClearanceCount] = {};
     AString token;

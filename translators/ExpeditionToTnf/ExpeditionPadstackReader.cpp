@@ -5,6 +5,7 @@
 // units line are taken as zero in this file. A custom pad is the union of
 // its shapes; if they fall apart into separate pieces, the pad is split into
 // one pad per shape, "%s_UNCONN_%d", and the further ones hang on the first.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -100,6 +101,8 @@ void ExpeditionParser::ReadPadstacks(ElementList& elements)
 
 void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& elements)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     double factor = 0.0; // deliberately zero until the first units line
     bool databaseUnits = false;
     AString token;
@@ -130,7 +133,11 @@ void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& el
                 databaseUnits = true;
             }
             else
+            {
+                if (m_Diagnostics)
+                    m_Diagnostics->SkippedLine(stream, token);
                 stream.NewLine();
+            }
             token.clear();
             level = NextPlainToken(stream, token);
         }

@@ -26,6 +26,7 @@
 
 // The part being read from PDB.hkp.
 struct ExpeditionPartWork;
+class ExpeditionDiagnostics;
 
 // What ExpeditionParser::ThrowFileError throws: the message of a run that
 // cannot go on, without the box and without ending the process.
@@ -152,6 +153,9 @@ public:
     [[noreturn]] static void ThrowFileError(const AString& text);
 
     AString m_Directory;
+    // Where the readers report what they drop or change, and where; null in
+    // the translator, which then pays one test per place.
+    ExpeditionDiagnostics* m_Diagnostics = nullptr;
     int m_PhysicalLayers = 0;
     ExpeditionPlaneConnection* m_DefaultViaConnection = nullptr;
     ExpeditionPlaneConnection* m_DefaultThruPadConnection = nullptr;

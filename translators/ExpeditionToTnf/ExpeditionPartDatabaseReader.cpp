@@ -4,6 +4,7 @@
 // A part is closed when the next Number comes and at the end of the file.
 // RefPrefix and the Type text are not cleared between parts, so a part that
 // states neither carries over those of the part before it.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -31,6 +32,8 @@ void ExpeditionParser::ReadPartDatabase()
 
 void ExpeditionParser::ReadPartDatabase(io::CToken_istream& stream)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     ExpeditionPartWork part;
     bool first = true;
     AString token;

@@ -2,6 +2,7 @@
 // plane records of Layout.hkp, conductive areas, and Planes.hkp, the plane
 // polygons in block form, each block an outline with its cut-outs; and the
 // completion of the nets once all plane data is in.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -214,6 +215,8 @@ bool ExpeditionParser::ReadPlanes(double factor)
 
 void ExpeditionParser::ReadPlanes(io::CToken_istream& stream, double factor)
 {
+    if (m_Diagnostics)
+        m_Diagnostics->FileOpened(stream);
     io::CBlock planes(L"Planes");
     stream >> planes;
     for (auto it = planes.begin(); it != planes.end(); ++it)

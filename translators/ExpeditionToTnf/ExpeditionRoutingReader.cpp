@@ -1,6 +1,7 @@
 // ExpeditionRoutingReader.cpp - routing of Layout.hkp: net blocks with their
 // traces, vias and conductive areas, free traces, and the vias of placed
 // cells.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -56,6 +57,8 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
             if (netName != L".")
                 FlushNetBlock(netName, traces, vias, shapes, elements);
             stream >> netName;
+            if (m_Diagnostics)
+                stream.MarkRecord();
             level = NextToken(stream, token);
         }
         else if (IsKeyword_G(token, L"UNITS"))
@@ -92,6 +95,13 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
         }
     }
     // A net ended by the end of the file is not flushed: it is lost.
+    if (m_Diagnostics && netName != L".")
+        m_Diagnostics->AtRecord(stream, "record-lost-at-end",
+                                "The net block of \"" + ExpeditionDiagnostics::Text(netName) +
+                                    "\" runs to the end of the file and is lost with its " +
+                                    std::to_string(traces.size()) + " traces, " +
+                                    std::to_string(vias.size()) + " vias and " +
+                                    std::to_string(shapes.size()) + " areas.");
     DeleteOwned_G(traces);
     DeleteOwned_G(vias);
     DeleteOwned_G(shapes);
@@ -101,9 +111,14 @@ void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token,
                                      ElementList& elements)
 {
     AString netName;
+    if (m_Diagnostics)
+        stream.MarkRecord();
     ExpeditionTrace* trace = ReadTrace(stream, token, factor, limit, netName);
     if (netName.empty())
     {
+        if (m_Diagnostics)
+            m_Diagnostics->AtRecord(stream, "trace-without-net",
+                                    "A trace without NETNAME is left out: copper without a net.");
         delete trace; // a free trace without NETNAME is lost
         return;
     }
@@ -116,9 +131,17 @@ void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token,
 void ExpeditionParser::ReadPlacedVia(io::CToken_istream& stream, AString& token, double factor)
 {
     AString netName;
+    if (m_Diagnostics)
+        stream.MarkRecord();
     ExpeditionVia* via = ReadVia(stream, token, factor, netName);
     if (ExpeditionLayoutNet* net = FindNet(netName))
         net->m_Vias.push_back(via);
     else
+    {
+        if (m_Diagnostics)
+            m_Diagnostics->AtRecord(stream, "unresolved-net",
+                                    "A via on net \"" + ExpeditionDiagnostics::Text(netName) +
+                                        "\" is left out: no net of that name has copper before it.");
         delete via;
+    }
 }

@@ -1,0 +1,196 @@
+// The diagnostics of a read: for each kind of event a small change to the
+// bundled example that causes it, and the event naming the right file and
+// line; tallies of skipped lines; file-level troubles; and a read with a
+// sink that leaves the model as a read without one does.
+#include "JobFixture.h"
+
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+#include "translators/ExpeditionToTnf/ExpeditionParser.h"
+
+namespace
+{
+std::string ExampleText(const char* name)
+{
+    std::ifstream in(fs::path(TNF_SOURCE_DIR) / "examples" / "Demo4Layer" / name, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The 1-based line of the first line that holds the text, counted here
+// independently of the stream.
+size_t LineHolding(const std::string& text, const std::string& what)
+{
+    const size_t at = text.find(what);
+    EXPECT_NE(at, std::string::npos) << what;
+    return 1 + static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<long>(at), '\n'));
+}
+
+size_t LineCount(const std::string& text)
+{
+    return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+struct Read
+{
+    ExpeditionDiagnostics m_Diagnostics;
+    ExpeditionParser m_Parser{AString(L"/nonexistent-job-directory")};
+    ElementList m_Elements;
+    explicit Read(bool withSink = true)
+    {
+        if (withSink)
+            m_Parser.m_Diagnostics = &m_Diagnostics;
+    }
+    ~Read() { DeleteOwned_G(m_Elements); }
+    // The four files of the example that the layout needs, the layout given.
+    void Job(const std::string& layout)
+    {
+        io::CToken_istream jobPrefs(ExampleText("JobPrefs.hkp"), AString(L"JobPrefs.hkp"));
+        m_Parser.ReadJobPrefs(jobPrefs, m_Elements);
+        io::CToken_istream padstacks(ExampleText("Padstack.hkp"), AString(L"Padstack.hkp"));
+        m_Parser.ReadPadstacks(padstacks, m_Elements);
+        io::CToken_istream cells(ExampleText("Cell.hkp"), AString(L"Cell.hkp"));
+        m_Parser.ReadCells(cells, m_Elements);
+        io::CToken_istream stream(layout, AString(L"Layout.hkp"));
+        m_Parser.ReadLayout(stream, m_Elements, false);
+    }
+    std::vector<std::string> Events(const std::string& kind) const
+    {
+        std::vector<std::string> found;
+        for (const auto& e : m_Diagnostics.GetEvents())
+            if (e.m_Kind == kind)
+                found.push_back(e.m_File + ":" + std::to_string(e.m_Line));
+        return found;
+    }
+    const ExpeditionDiagnostics::Event* First(const std::string& kind) const
+    {
+        for (const auto& e : m_Diagnostics.GetEvents())
+            if (e.m_Kind == kind)
+                return &e;
+        return nullptr;
+    }
+};
+
+void Replace(std::string& text, const std::string& from, const std::string& to)
+{
+    const size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    text.replace(at, from.size(), to);
+}
+} // namespace
+
+TEST(Diagnostics, LayoutLossesNameTheirFileAndLine)
+{
+    // The placed cells of the example, then records that lose data, the
+    // last a net block that the end of the file cuts off.
+    std::string layout = ExampleText("Layout.hkp");
+    Replace(layout, ".PACKAGE_CELL \"HDR_1X2_P254\"", ".PACKAGE_CELL \"NO_SUCH_CELL\"");
+    layout.erase(layout.find(".NET \""));
+    const size_t end = LineCount(layout);
+    layout += ".TRACE\n" // end + 1: a free trace without NETNAME
+              "..ROUTE_LYR LYR_1\n"
+              "..POLYLINE_PATH\n"
+              "...WIDTH 5\n"
+              "...XY (0, 0) (1, 1)\n"
+              ".FOO_BAR 1\n"    // end + 6: unknown
+              ".NET \"TAIL\"\n" // end + 7: runs to the end of the file
+              "..TRACE\n"
+              "...ROUTE_LYR LYR_1\n"
+              "...POLYLINE_PATH\n"
+              "....WIDTH 5\n"
+              "....XY (0, 0) (1, 1)\n";
+    Read read;
+    read.Job(layout);
+
+    const std::string cellLine = "Layout.hkp:" + std::to_string(LineHolding(layout, "NO_SUCH_CELL"));
+    EXPECT_EQ(read.Events("missing-cell"), std::vector<std::string>{cellLine});
+    const auto* missing = read.First("missing-cell");
+    ASSERT_NE(missing, nullptr);
+    EXPECT_NE(missing->m_Text.find("J1"), std::string::npos) << missing->m_Text;
+    EXPECT_NE(missing->m_Text.find("NO_SUCH_CELL"), std::string::npos) << missing->m_Text;
+
+    EXPECT_EQ(read.Events("trace-without-net"),
+              std::vector<std::string>{"Layout.hkp:" + std::to_string(end + 1)});
+    EXPECT_EQ(read.Events("record-lost-at-end"),
+              std::vector<std::string>{"Layout.hkp:" + std::to_string(end + 7)});
+    const auto* lost = read.First("record-lost-at-end");
+    ASSERT_NE(lost, nullptr);
+    EXPECT_NE(lost->m_Text.find("\"TAIL\""), std::string::npos);
+    EXPECT_NE(lost->m_Text.find("1 traces"), std::string::npos) << lost->m_Text;
+
+    const auto& layoutFile = read.m_Diagnostics.GetFiles().at("Layout.hkp");
+    EXPECT_EQ(layoutFile.m_Lines, LineCount(layout));
+    const auto& unknown = layoutFile.m_Skipped.at("FOO_BAR");
+    EXPECT_FALSE(unknown.m_NotNeeded);
+    EXPECT_EQ(unknown.m_Count, 1u);
+    EXPECT_EQ(unknown.m_FirstLines, std::vector<size_t>{end + 6});
+    // The head of the file is skipped too, but as not needed.
+    const auto& version = layoutFile.m_Skipped.at("VERSION");
+    EXPECT_TRUE(version.m_NotNeeded);
+    EXPECT_EQ(version.m_FirstLines, std::vector<size_t>{LineHolding(layout, ".VERSION")});
+    // Every loss counts; lines not needed don't.
+    EXPECT_GE(read.m_Diagnostics.LossCount(), 4u);
+}
+
+TEST(Diagnostics, StackupSectionCutShort)
+{
+    const std::string jobPrefs = ExampleText("JobPrefs.hkp");
+    Read read;
+    io::CToken_istream stream(jobPrefs, AString(L"JobPrefs.hkp"));
+    read.m_Parser.ReadJobPrefs(stream, read.m_Elements);
+    EXPECT_EQ(
+        read.Events("section-cut-short"),
+        std::vector<std::string>{"JobPrefs.hkp:" + std::to_string(LineHolding(jobPrefs, ".TP_ASSIGNMENT"))});
+}
+
+TEST(Diagnostics, FilesThatReadAsNothing)
+{
+    std::string crOnly = ExampleText("Cell.hkp");
+    std::replace(crOnly.begin(), crOnly.end(), '\n', '\r');
+    std::string utf16 = "\xff\xfe";
+    for (const char c : std::string(".FILETYPE CELL_LIBRARY\r\n.UNITS MM\r\n"))
+        utf16 += std::string(1, c) + '\0';
+    Read read;
+    io::CToken_istream cr(crOnly, AString(L"Cell.hkp"));
+    read.m_Parser.ReadCells(cr, read.m_Elements);
+    io::CToken_istream wide(utf16, AString(L"Padstack.hkp"));
+    read.m_Parser.ReadPadstacks(wide, read.m_Elements);
+    io::CToken_istream unreadable(LongFileName(AString(L"/nonexistent-job-directory/PDB.hkp")), 0);
+    read.m_Parser.ReadPartDatabase(unreadable);
+    EXPECT_EQ(read.Events("cr-only-line-ends"), std::vector<std::string>{"Cell.hkp:1"});
+    EXPECT_EQ(read.Events("utf16-text"), std::vector<std::string>{"Padstack.hkp:1"});
+    EXPECT_EQ(read.Events("file-unreadable"), std::vector<std::string>{"PDB.hkp:0"});
+    // The lines of the CR-only file are still those an editor shows.
+    EXPECT_EQ(read.m_Diagnostics.GetFiles().at("Cell.hkp").m_Lines, LineCount(ExampleText("Cell.hkp")));
+}
+
+TEST(Diagnostics, ASinkLeavesTheModelAsItIs)
+{
+    // Component by component and net by net, the model read with a sink is
+    // the model read without one.
+    const auto fingerprint = [](const ElementList& elements)
+    {
+        std::vector<std::string> lines;
+        for (ExpeditionBaseElement* e : elements)
+        {
+            if (ExpeditionComponent* c = e->AsComponent())
+                lines.push_back("component " + c->GetFootprintName().AsAnsi().str() + " " +
+                                std::to_string(c->m_X) + " " + std::to_string(c->m_Y) + " pins " +
+                                std::to_string(c->m_Pins.size()));
+            else if (ExpeditionLayoutNet* n = e->AsLayoutNet())
+                lines.push_back("net " + n->m_Name.AsAnsi().str() + " " + std::to_string(n->m_Traces.size()) +
+                                " " + std::to_string(n->m_Vias.size()) + " " +
+                                std::to_string(n->m_Shapes.size()));
+            else
+                lines.push_back("element");
+        }
+        return lines;
+    };
+    Read with(true), without(false);
+    with.Job(ExampleText("Layout.hkp"));
+    without.Job(ExampleText("Layout.hkp"));
+    EXPECT_FALSE(with.m_Diagnostics.GetFiles().empty());
+    EXPECT_TRUE(without.m_Diagnostics.GetFiles().empty());
+    EXPECT_EQ(fingerprint(with.m_Elements), fingerprint(without.m_Elements));
+    EXPECT_GT(fingerprint(with.m_Elements).size(), 20u);
+}
