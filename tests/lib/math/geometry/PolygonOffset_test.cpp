@@ -182,8 +182,8 @@ TEST(PolygonOffset, EdgeDistanceAgreesWithDenseSampling)
         const double chord = std::hypot((b - a).GetX().GetValue(), (b - a).GetY().GetValue());
         return Arc(a, b, Unit(chord * uniform(-1.5, 1.5)));
     };
-    const int n = 400;
-    for (int round = 0; round < 300; ++round)
+    const int n = 150;
+    for (int round = 0; round < 250; ++round)
     {
         const Arc a = edge(), b = edge();
         const double exact = GetDistance_G(a, b).GetValue();
