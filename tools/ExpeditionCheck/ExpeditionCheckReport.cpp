@@ -135,7 +135,10 @@ void WriteTextReport_G(std::ostream& out, const std::string& job, const Expediti
     for (const char* what : k_NeverInTheFile)
         out << "  " << what << "\n";
     const size_t losses = diagnostics.LossCount();
-    out << "\n" << (losses ? std::to_string(losses) + " losses" : std::string("Nothing lost")) << "\n";
+    out << "\n"
+        << (losses == 0 ? std::string("Nothing lost")
+                        : std::to_string(losses) + (losses == 1 ? " loss" : " losses"))
+        << "\n";
 }
 
 void WriteJsonReport_G(std::ostream& out, const std::string& job, const ExpeditionDiagnostics& diagnostics,

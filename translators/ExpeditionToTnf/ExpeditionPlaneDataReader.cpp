@@ -1,5 +1,6 @@
 // ExpeditionPlaneDataReader.cpp - the copper areas of Layout.hkp: conductive
 // areas, obstructs, and the plane polygons that the layout tool generated.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -208,6 +209,11 @@ void ExpeditionParser::ReadGeneratedData(io::CToken_istream& stream, AString& to
         {
             stream >> word;
             net = FindNet(word);
+            if (!net && m_Diagnostics)
+                m_Diagnostics->AtToken(stream, "unresolved-net",
+                                       "The generated plane data of net \"" +
+                                           ExpeditionDiagnostics::Text(word) +
+                                           "\" is left out: no net of that name has copper in the layout.");
         }
         else if (!hasPlanesFile && IsKeyword_G(token, L"RECT_PATH"))
             ReadGeneratedRectangle(stream, token, factor, net, layer);

@@ -285,6 +285,10 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
     const geom::Polygon outline(walk.m_Arcs, true);
     if (outline.IsSegment(1e-08, nullptr) || outline.GetBBox().IsDegenerate(1e-08))
         return;
+    if (!net && m_Diagnostics)
+        m_Diagnostics->Report("Planes.hkp", 0, "unresolved-net",
+                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
+                                  "' is left out: its net has no copper in the layout.");
     const AString layerName = m_LayerNames[layerNumber];
     const bool negative = IsNegativeLayer(layerName);
     std::vector<ExpeditionPlanePolygon> voids;

@@ -132,6 +132,26 @@ TEST(Diagnostics, LayoutLossesNameTheirFileAndLine)
     EXPECT_GE(read.m_Diagnostics.LossCount(), 4u);
 }
 
+TEST(Diagnostics, PlaneDataOfANetWithoutCopper)
+{
+    std::string layout = ExampleText("Layout.hkp");
+    Replace(layout, "..PLANE_NET \"GND\"", "..PLANE_NET \"NOPE\"");
+    Read read;
+    read.Job(layout);
+    EXPECT_EQ(read.Events("unresolved-net"),
+              std::vector<std::string>{"Layout.hkp:" + std::to_string(LineHolding(layout, "\"NOPE\""))});
+    // The same plane in Planes.hkp: the block is named.
+    io::CToken_istream planes(std::string("$begin 'Planes'\n\t$begin 'P7'\n\t\tNet('NOPE')\n\t\tLayer('2')\n"
+                                          "\t\tSeg(0, 0)\n\t\tSeg(10, 0)\n\t\tSeg(10, 10)\n\t\tSeg(0, 0)\n"
+                                          "\t$end 'P7'\n$end 'Planes'\n"),
+                              AString(L"Planes.hkp"));
+    read.m_Parser.ReadPlanes(planes, 1.0);
+    const auto events = read.Events("unresolved-net");
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[1], "Planes.hkp:0");
+    EXPECT_NE(read.m_Diagnostics.GetEvents().back().m_Text.find("'P7'"), std::string::npos);
+}
+
 TEST(Diagnostics, StackupSectionCutShort)
 {
     const std::string jobPrefs = ExampleText("JobPrefs.hkp");
