@@ -145,6 +145,12 @@ void ExpeditionParser::ReadUserLayers(io::CToken_istream& stream, AString& token
         NextPlainToken(stream, token);
         if (token.CompareNoCase(L"USER_LAYER_NUMBER") == 0)
             stream >> number;
+        else if (m_Diagnostics)
+            m_Diagnostics->AtToken(stream, "section-cut-short",
+                                   "User layer \"" + ExpeditionDiagnostics::Text(name) +
+                                       "\" has no USER_LAYER_NUMBER: it takes the number before it, and the "
+                                       "keyword " +
+                                       ExpeditionDiagnostics::Text(token) + " behind it is lost.");
         elements.push_back(new ExpeditionLayer(name, AString(L"USER"), AString(L"USER"), number, -1, 0.0, 0.0,
                                                0.0, AString()));
         if (stream.eof())

@@ -163,6 +163,25 @@ TEST(Diagnostics, StackupSectionCutShort)
         std::vector<std::string>{"JobPrefs.hkp:" + std::to_string(LineHolding(jobPrefs, ".TP_ASSIGNMENT"))});
 }
 
+TEST(Diagnostics, UserLayerWithoutNumberSwallowsTheKeywordBehindIt)
+{
+    Read read;
+    io::CToken_istream stream(std::string(".FILETYPE JOB_PREFS\n"
+                                          ".USER_DEFINED_LAYERS_SECTION\n"
+                                          " ..USER_LAYER_NAME \"Fab\"\n"
+                                          "  ...USER_LAYER_NUMBER 101\n"
+                                          " ..USER_LAYER_NAME \"Keepout\"\n"
+                                          ".PHYSICAL_LAYERS 4\n"),
+                              AString(L"JobPrefs.hkp"));
+    read.m_Parser.ReadJobPrefs(stream, read.m_Elements);
+    EXPECT_EQ(read.m_Parser.m_PhysicalLayers, 0); // the loss is real
+    EXPECT_EQ(read.Events("section-cut-short"), std::vector<std::string>{"JobPrefs.hkp:6"});
+    const auto* event = read.First("section-cut-short");
+    ASSERT_NE(event, nullptr);
+    EXPECT_NE(event->m_Text.find("\"Keepout\""), std::string::npos);
+    EXPECT_NE(event->m_Text.find("PHYSICAL_LAYERS"), std::string::npos);
+}
+
 TEST(Diagnostics, FilesThatReadAsNothing)
 {
     std::string crOnly = ExampleText("Cell.hkp");
