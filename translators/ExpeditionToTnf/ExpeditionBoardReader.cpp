@@ -149,7 +149,7 @@ void ExpeditionParser::ReadRouteOutline(io::CToken_istream& stream, AString& tok
             stream >> scratch;
             continue;
         }
-        else if (level < 3)
+        else if (level < k_TwoDots)
             return;
         else
         {

@@ -155,7 +155,7 @@ void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, 
         }
         else if (IsKeyword_G(token, L"PADSTACK"))
             stream >> pin.m_PadStackName;
-        else if (IsKeyword_G(token, L"TEXT") && level == 4)
+        else if (IsKeyword_G(token, L"TEXT") && level == k_ThreeDots)
         {
             AString attribute, value;
             stream >> attribute >> value;
@@ -242,7 +242,7 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
         else if (IsKeyword_G(token, L"DISPLAY_WIDTH") || IsKeyword_G(token, L"HEIGHT") ||
                  IsKeyword_G(token, L"UNDERSIDE_SPACE") || IsKeyword_G(token, L"SIDE"))
             stream >> scratch; // the side has no effect: no bottom-side layer is made here
-        else if (IsKeyword_G(token, L"TEXT") && level == 4)
+        else if (IsKeyword_G(token, L"TEXT") && level == k_ThreeDots)
             stream.NewLine();
         else if (IsKeyword_G(token, L"USER_LYR"))
             stream >> layer;
@@ -336,7 +336,7 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString
         }
         else if (IsKeyword_G(token, L"NETNAME"))
             stream >> (free ? netName : scratch); // in a net block the block names the net
-        else if (IsKeyword_G(token, L"TEXT") && (level == 4 || (free && level == 3)))
+        else if (IsKeyword_G(token, L"TEXT") && (level == k_ThreeDots || (free && level == k_TwoDots)))
             stream.NewLine();
         else if (IsKeyword_G(token, L"TEXT"))
             break;
@@ -358,7 +358,7 @@ ExpeditionVia* ExpeditionParser::ReadVia(io::CToken_istream& stream, AString& to
     while (!stream.eof())
     {
         const int level = NextToken(stream, token);
-        if (level < 4)
+        if (level < k_ThreeDots)
             break;
         if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, x, y);

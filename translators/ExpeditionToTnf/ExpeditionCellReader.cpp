@@ -52,13 +52,13 @@ void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elemen
             ReadCellRecord(stream, token, factor, elements);
             continue;
         }
-        if (IsKeyword_G(token, L"UNITS") && level == 2 && !databaseUnits)
+        if (IsKeyword_G(token, L"UNITS") && level == k_OneDot && !databaseUnits)
         {
             AString text;
             stream.NewLine(text);
             factor = UnitFactor(text);
         }
-        else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+        else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);

@@ -7,6 +7,7 @@
 // and every other file of the job refers to layers by those names or by the
 // conductive number behind them.
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 namespace
@@ -55,7 +56,7 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
         }
         if (token.CompareNoCase(L"PHYSICAL_LAYERS") == 0)
             stream >> m_PhysicalLayers;
-        else if (token.CompareNoCase(L"UNITS") == 0 && level == 2)
+        else if (token.CompareNoCase(L"UNITS") == 0 && level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
@@ -212,7 +213,7 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
                 else
                     break;
             }
-            if (level == 2)
+            if (level == k_OneDot)
                 break;
             continue;
         }
@@ -238,7 +239,7 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
             stream.NewLine(); // LAYER_TECHNOLOGY and the like
         level = NextToken(stream, token);
         // A keyword of the section's own level ends the record.
-        if (level == 2)
+        if (level == k_OneDot)
             break;
     }
 

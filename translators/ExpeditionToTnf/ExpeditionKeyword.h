@@ -7,6 +7,12 @@
 
 #include "core/lib/vellum/AString.h"
 
+// The level of a keyword is the number of reads it took to get past its
+// dots: ".UNITS" is read as ".", "UNITS" and has level 2.
+constexpr int k_OneDot = 2;    // ".KEYWORD": a record or setting of the file
+constexpr int k_TwoDots = 3;   // "..KEYWORD": a part of a record
+constexpr int k_ThreeDots = 4; // "...KEYWORD": a field of a part
+
 inline bool IsKeyword_G(const AString& token, const wchar_t* keyword)
 {
     return token.CompareNoCase(keyword) == 0;

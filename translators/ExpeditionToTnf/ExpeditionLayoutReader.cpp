@@ -73,7 +73,7 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
             ReadBoard(stream, token, factor, elements);
         else if (IsKeyword_G(token, L"ROUTE_OUTLINE"))
             ReadRouteOutline(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"UNITS") && level == 2)
+        else if (IsKeyword_G(token, L"UNITS") && level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
@@ -81,10 +81,10 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
             m_LayoutUnitFactor = factor;
             level = NextToken(stream, token);
         }
-        else if (IsKeyword_G(token, L"TRACE") && level == 2)
-            ReadFreeTrace(stream, token, factor, 2, elements);
-        else if (IsKeyword_G(token, L"OBSTRUCT") && level == 2)
-            ReadConductiveAreas(stream, token, factor, 2, true, elements);
+        else if (IsKeyword_G(token, L"TRACE") && level == k_OneDot)
+            ReadFreeTrace(stream, token, factor, k_OneDot, elements);
+        else if (IsKeyword_G(token, L"OBSTRUCT") && level == k_OneDot)
+            ReadConductiveAreas(stream, token, factor, k_OneDot, true, elements);
         else if (IsKeyword_G(token, L"GENERATED_DATA"))
             ReadGeneratedData(stream, token, factor, hasPlanesFile);
         else
@@ -187,11 +187,11 @@ void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& t
         else if (IsKeyword_G(token, L"TEXT"))
             ReadText(stream, token, factor, texts, attributes);
         else if (IsKeyword_G(token, L"TRACE"))
-            ReadFreeTrace(stream, token, factor, 3, elements);
+            ReadFreeTrace(stream, token, factor, k_TwoDots, elements);
         else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
-            ReadConductiveAreas(stream, token, factor, 3, false, elements);
+            ReadConductiveAreas(stream, token, factor, k_TwoDots, false, elements);
         else if (IsPlacedCellKeyword(token) || IsKeyword_G(token, L"BOARD_ORIGIN") ||
-                 IsKeyword_G(token, L"BOARD_OUTLINE") || level == 2)
+                 IsKeyword_G(token, L"BOARD_OUTLINE") || level == k_OneDot)
             return;
         else
         {

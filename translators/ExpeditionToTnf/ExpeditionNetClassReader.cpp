@@ -5,6 +5,7 @@
 // The working values are never reset, so a subrule inherits every clearance
 // it does not state from the subrule before it, whatever its layer.
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+#include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
 namespace
@@ -72,7 +73,7 @@ void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
     while (!stream.eof())
     {
         int level = NextToken(stream, token);
-        if (token.CompareNoCase(L"UNITS") == 0 && level == 2)
+        if (token.CompareNoCase(L"UNITS") == 0 && level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
@@ -107,10 +108,11 @@ void ExpeditionParser::ReadMasterScheme(io::CToken_istream& stream, AString& tok
             return;
 
         token.clear();
-        level = 4;
+        level = k_ThreeDots;
         while (!stream.eof())
         {
-            if (token.CompareNoCase(L"SUBRULE") == 0 || token.CompareNoCase(L"NET_CLASS") == 0 || level == 3)
+            if (token.CompareNoCase(L"SUBRULE") == 0 || token.CompareNoCase(L"NET_CLASS") == 0 ||
+                level == k_TwoDots)
                 break;
             level = NextToken(stream, token);
             if (token.CompareNoCase(L"LAYER_NUM") == 0)

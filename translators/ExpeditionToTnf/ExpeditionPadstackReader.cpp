@@ -121,12 +121,12 @@ void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& el
             // record, so a units line that ends a record counts after a
             // record of level 2.
             AString text;
-            if (IsKeyword_G(token, L"UNITS") && level == 2 && !databaseUnits)
+            if (IsKeyword_G(token, L"UNITS") && level == k_OneDot && !databaseUnits)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
             }
-            else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == 2)
+            else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == k_OneDot)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
@@ -403,7 +403,7 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
     {
         pad.m_ShapeName = L"Circle";
         int level = NextToken(stream, token);
-        while (level > 4 && !stream.eof())
+        while (level > k_ThreeDots && !stream.eof())
         {
             if (IsKeyword_G(token, L"XY"))
                 stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;

@@ -77,7 +77,7 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
             while (!stream.eof() && !(hasXY && hasRadius))
             {
                 level = NextToken(stream, token);
-                if (level < 3)
+                if (level < k_TwoDots)
                 {
                     leaveRecord = true;
                     break;

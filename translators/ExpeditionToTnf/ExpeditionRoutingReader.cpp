@@ -68,7 +68,7 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
             factor = UnitFactor(text); // for the caller too
             level = NextToken(stream, token);
         }
-        else if (IsPlacedCellKeyword(token) || level == 2)
+        else if (IsPlacedCellKeyword(token) || level == k_OneDot)
         {
             FlushNetBlock(netName, traces, vias, shapes, elements);
             return;

@@ -232,4 +232,22 @@ TEST(Diagnostics, ASinkLeavesTheModelAsItIs)
     EXPECT_TRUE(without.m_Diagnostics.GetFiles().empty());
     EXPECT_EQ(fingerprint(with.m_Elements), fingerprint(without.m_Elements));
     EXPECT_GT(fingerprint(with.m_Elements).size(), 20u);
+
+    // The same for the whole reading order on a generated job of a megabyte
+    // with a planes file.
+    const fs::path job = fs::temp_directory_path() / "diagnostics_generated_job";
+    fs::remove_all(job);
+    const std::string command = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
+                                job.string() + "\" --size-mb 1 --planes-file >/dev/null 2>&1";
+    if (std::system(command.c_str()) != 0)
+        GTEST_SKIP() << "python3 could not generate a job; the generated half of this test did not run";
+    Read full(true), plain(false);
+    full.m_Parser.m_Directory = AString(job.string().c_str());
+    plain.m_Parser.m_Directory = AString(job.string().c_str());
+    full.m_Parser.Read(full.m_Elements);
+    plain.m_Parser.Read(plain.m_Elements);
+    EXPECT_EQ(full.m_Diagnostics.GetFiles().count("Planes.hkp"), 1u);
+    EXPECT_EQ(fingerprint(full.m_Elements), fingerprint(plain.m_Elements));
+    EXPECT_GT(fingerprint(full.m_Elements).size(), 1000u);
+    fs::remove_all(job);
 }
