@@ -300,16 +300,33 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
             net->AddPlaneShape(ExpeditionPlaneShape(outline, negative ? 0.0 : width, voids), layerName);
         return;
     }
-    // On a negative layer the pen's width is worked into each contour.
-    const auto shrunk = [width](const geom::Polygon& polygon)
+    // On a negative layer the pen's width is worked into each contour. A
+    // contour thinner than the pen stays as drawn; of a contour that the
+    // shrink cuts apart only the first piece is kept.
+    size_t unshrunk = 0, droppedPieces = 0;
+    const auto shrunk = [width, &unshrunk, &droppedPieces](const geom::Polygon& polygon)
     {
         const auto pieces = polygon.Shrink(width * 0.5, 1e-08, true, 0, 0.0).GetPolygonsWithHoles();
+        unshrunk += pieces.empty() ? 1 : 0;
+        droppedPieces += pieces.size() > 1 ? pieces.size() - 1 : 0;
         return pieces.empty() ? polygon : pieces.front().GetPolygon();
     };
     for (const geom::Polygon& cutout : cutouts)
         voids.emplace_back(shrunk(cutout), 0.0);
     if (net)
         net->AddPlaneShape(ExpeditionPlaneShape(shrunk(outline), 0.0, voids), layerName);
+    if (m_Diagnostics && net && unshrunk > 0)
+        m_Diagnostics->Report("Planes.hkp", 0, "negative-plane-unshrunk",
+                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
+                                  "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": " +
+                                  std::to_string(unshrunk) +
+                                  " contours thinner than the pen are kept as drawn, without the pen width.");
+    if (m_Diagnostics && net && droppedPieces > 0)
+        m_Diagnostics->Report("Planes.hkp", 0, "plane-dropped",
+                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
+                                  "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": " +
+                                  std::to_string(droppedPieces) +
+                                  " pieces that the pen width cuts off a contour are dropped.");
 }
 
 geom::Polygon ExpeditionParser::ReadPlaneCutout(io::CBlock& contour, double factor)

@@ -152,6 +152,50 @@ TEST(Diagnostics, PlaneDataOfANetWithoutCopper)
     EXPECT_NE(read.m_Diagnostics.GetEvents().back().m_Text.find("'P7'"), std::string::npos);
 }
 
+TEST(Diagnostics, NegativePlaneContoursThinnerThanThePenOrCutApart)
+{
+    Read read;
+    read.Job(ExampleText("Layout.hkp"));
+    const auto block =
+        [](const char* name, const char* width, const std::vector<std::pair<double, double>>& points)
+    {
+        std::string text = std::string("\t$begin '") + name +
+                           "'\n\t\tNet('+3V3')\n\t\tLayer('2')\n\t\twidth(" + width + ")\n";
+        for (const auto& [x, y] : points)
+            text += "\t\tSeg(" + std::to_string(x) + ", " + std::to_string(y) + ")\n";
+        return text + "\t$end '" + name + "'\n";
+    };
+    // Layer 2 of the example is negative. A square of 10 under a pen of 20
+    // cannot shrink; two squares joined by a neck of 0.5 fall apart under a
+    // pen of 2.
+    const std::string text = "$begin 'Planes'\n" +
+                             block("Thin", "20", {{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}}) +
+                             block("Dumbbell", "2",
+                                   {{0, 0},
+                                    {10, 0},
+                                    {10, 4.75},
+                                    {20, 4.75},
+                                    {20, 0},
+                                    {30, 0},
+                                    {30, 10},
+                                    {20, 10},
+                                    {20, 5.25},
+                                    {10, 5.25},
+                                    {10, 10},
+                                    {0, 10},
+                                    {0, 0}}) +
+                             "$end 'Planes'\n";
+    io::CToken_istream planes(text, AString(L"Planes.hkp"));
+    read.m_Parser.ReadPlanes(planes, 1.0);
+    const auto* unshrunk = read.First("negative-plane-unshrunk");
+    ASSERT_NE(unshrunk, nullptr);
+    EXPECT_NE(unshrunk->m_Text.find("'Thin'"), std::string::npos) << unshrunk->m_Text;
+    const auto* dropped = read.First("plane-dropped");
+    ASSERT_NE(dropped, nullptr);
+    EXPECT_NE(dropped->m_Text.find("'Dumbbell'"), std::string::npos) << dropped->m_Text;
+    EXPECT_NE(dropped->m_Text.find(": 1 pieces"), std::string::npos) << dropped->m_Text;
+}
+
 TEST(Diagnostics, StackupSectionCutShort)
 {
     const std::string jobPrefs = ExampleText("JobPrefs.hkp");
