@@ -161,7 +161,39 @@ PolygonWithHolesCollection Polygon::ResolveSelfCrossings(const std::vector<Arc>&
     std::vector<Graph::Contour> split = Graph::SplitContours({contour}, crossings, accuracy);
     if (split.empty())
         return PolygonWithHolesCollection();
-    const std::vector<Arc>& pieces = split.front().m_Arcs;
+    // Pieces that the contour runs along in both directions add nothing to
+    // how often it winds round any point: each such pair goes, so that the
+    // loops left don't run along each other the opposite ways.
+    std::vector<Arc> pieces;
+    {
+        const std::vector<Arc>& all = split.front().m_Arcs;
+        std::vector<size_t> by_ends(all.size());
+        for (size_t k = 0; k < all.size(); ++k)
+            by_ends[k] = k;
+        const auto key = [&](size_t k)
+        {
+            const Point& a = all[k].GetStart();
+            const Point& b = all[k].GetEnd();
+            return a < b ? std::make_pair(a, b) : std::make_pair(b, a);
+        };
+        std::sort(by_ends.begin(), by_ends.end(), [&](size_t a, size_t b) { return key(a) < key(b); });
+        std::vector<bool> gone(all.size(), false);
+        for (size_t i = 0; i < by_ends.size(); ++i)
+            for (size_t j = i + 1;
+                 j < by_ends.size() && key(by_ends[j]) == key(by_ends[i]) && !gone[by_ends[i]]; ++j)
+            {
+                const Arc& e = all[by_ends[i]];
+                const Arc& f = all[by_ends[j]];
+                if (!gone[by_ends[j]] && e.GetStart() == f.GetEnd() && e.GetEnd() == f.GetStart() &&
+                    (e.GetHeight() + f.GetHeight()).GetAbs() <= accuracy)
+                    gone[by_ends[i]] = gone[by_ends[j]] = true;
+            }
+        for (size_t k = 0; k < all.size(); ++k)
+            if (!gone[k])
+                pieces.push_back(all[k]);
+    }
+    if (pieces.empty())
+        return PolygonWithHolesCollection();
     // At each vertex the pieces arriving are re-linked to the pieces leaving
     // so that no two strands cross there: around the vertex, each arriving
     // strand takes the nearest unmatched leaving strand counter-clockwise,
@@ -440,13 +472,16 @@ PolygonWithHolesCollection PolygonWithHolesCollection::Subtract(const PolygonWit
     const Split this_split = SplitByContact(*this, other, accuracy);
     const Split that_split = SplitByContact(other, *this, accuracy);
     std::vector<PolygonWithHoles> ret;
-    if (!this_split.m_Intersecting.empty() && !that_split.m_Intersecting.empty())
+    // The contact tests of the two sides needn't agree on a touch within
+    // accuracy (one tests from each side's own first point): an entry found
+    // meeting the other side goes through the graph against all of it.
+    if (!this_split.m_Intersecting.empty())
         ret = GetGraphResult(PolygonWithHolesCollection(this_split.m_Intersecting),
-                             PolygonWithHolesCollection(that_split.m_Intersecting), accuracy,
-                             Graph::k_Subtraction)
+                             that_split.m_Intersecting.empty()
+                                 ? other
+                                 : PolygonWithHolesCollection(that_split.m_Intersecting),
+                             accuracy, Graph::k_Subtraction)
                   .GetPolygonsWithHoles();
-    else
-        VELLUM_ASSERT(this_split.m_Intersecting.empty() && that_split.m_Intersecting.empty());
     ret.insert(ret.end(), this_split.m_Apart.begin(), this_split.m_Apart.end());
     return PolygonWithHolesCollection(ret);
 }
