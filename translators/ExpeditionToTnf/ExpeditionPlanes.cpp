@@ -76,7 +76,10 @@ private:
         const double t = (v - lo) / (hi - lo) * static_cast<double>(m_Cells);
         if (!(t > 0.0))
             return 0;
-        return std::min(m_Cells - 1, static_cast<size_t>(t));
+        // A point far outside all boxes gives a t beyond any integer.
+        if (!(t < static_cast<double>(m_Cells - 1)))
+            return m_Cells - 1;
+        return static_cast<size_t>(t);
     }
 
     geom::Box m_All;
