@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <numbers>
 
 namespace geom
 {
@@ -83,7 +84,7 @@ double SweepTo(const Edge& e, XY u, XY v)
     double t = std::atan2(Cross(u, v), Dot(u, v));
     if (!e.m_Ccw)
         t = -t;
-    return t < 0 ? t + 2 * M_PI : t;
+    return t < 0 ? t + 2 * std::numbers::pi : t;
 }
 
 // Whether the direction d from the centre lies within the arc's span.
