@@ -153,7 +153,7 @@ class Catalogue:
         yield "million_spaced_dots", lambda: self.run("million_spaced_dots", self.variant(
             "million_spaced_dots", lambda f, d: d + b". " * 10**6 if f == "Cell.hkp" else d))
         number = re.compile(rb"-?\d+\.?\d*")
-        for word in [b"1e308", b"-1e308", b"1e-320", b"nan", b"inf", b"-inf", b"99999999999999999999",
+        for word in [b"1e308", b"-1e308", b"1e15", b"-1e15", b"1e-320", b"nan", b"inf", b"-inf", b"99999999999999999999",
                      b"-2147483648"]:
             name = "numbers_" + word.decode().replace("-", "minus_")
             yield name, (lambda name=name, word=word: self.run(name, self.variant(

@@ -30,7 +30,10 @@ bool IsDigit(char c)
 
 // Parses the longest number at the start of text; false if there is none.
 // "nan", "inf" and numbers beyond the type's range are no numbers: a reader
-// would carry them into lengths and on into conversions to integers.
+// would carry them into lengths and on into conversions to integers. Nor is
+// a double beyond 1e15, which no length, angle or count of a design comes
+// near (a metre in nanometres is 1e9): the geometry squares and multiplies
+// coordinates, and such numbers would overflow there.
 template <class T> bool ParseNumber(std::string_view text, T& value)
 {
     const char* first = text.data();
@@ -42,7 +45,7 @@ template <class T> bool ParseNumber(std::string_view text, T& value)
     if (result.ec != std::errc() || result.ptr == first)
         return false;
     if constexpr (std::is_floating_point_v<T>)
-        if (!std::isfinite(parsed))
+        if (!std::isfinite(parsed) || std::fabs(parsed) > 1e15)
             return false;
     value = parsed;
     return true;
