@@ -95,11 +95,13 @@ std::vector<Point> Polygon::GetSelfIntersectionPoints(const PolyArc& chain, Unit
         }
     }
     // A vertex that the contour passes twice is where it touches itself,
-    // though no two edges cross there.
+    // though no two edges cross there. An edge of no length (an outline that
+    // repeats its first point) passes its vertex once only: it is no touch.
     std::vector<Point> starts;
     starts.reserve(static_cast<size_t>(n));
     for (const_iterator i = chain.begin(); i != chain.end(); ++i)
-        starts.push_back(i->GetStart());
+        if (!i->IsPoint(Unit(0.0), nullptr))
+            starts.push_back(i->GetStart());
     std::sort(starts.begin(), starts.end());
     for (size_t k = 1; k < starts.size(); ++k)
         if (starts[k] == starts[k - 1])
