@@ -63,7 +63,7 @@ TEST(SafeFiles, TemporaryFilesHaveFreshNamesAndLeaveNothingBehind)
     EXPECT_EQ(names.size(), 3u);
 
     // A stream destroyed before Close drops its text: the old file stands.
-    std::ofstream(target) << "old\n";
+    std::ofstream(target, std::ios::binary) << "old\n";
     {
         io::CToken_ostream out(LongFileName(AString(target.c_str())), 32);
         out.PutRaw("half of a new file");
