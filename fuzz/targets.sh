@@ -39,7 +39,7 @@ tnf_fuzz_seeds() {
     *)
       case "$target" in
         jobprefs_reader_fuzz) name=JobPrefs ;;
-        padstack_reader_fuzz) name=Padstack; cp fuzz/corpus/hkp/padstack_demo.hkp "$into"/ ;;
+        padstack_reader_fuzz) name=Padstack; cp fuzz/corpus/hkp/padstack_demo.hkp fuzz/corpus/padstack/* "$into"/ ;;
         cell_reader_fuzz) name=Cell ;;
         layout_reader_fuzz) name=Layout; cp fuzz/corpus/layout/* fuzz/corpus/hkp/layout_minimal.hkp "$into"/ ;;
         pdb_reader_fuzz) name=PDB ;;

@@ -585,5 +585,9 @@ void ExpeditionParser::MakePads(const AString& name, double s, PadWork& pad, Ele
         else
             m_LoosePads.push_back(made);
     }
-    m_PadLoops[name] = loops;
+    // A pad defined twice keeps the loops of its last definition; those of
+    // the earlier one are held with the loose pads, so that they are freed.
+    std::vector<ExpeditionPad*>& held = m_PadLoops[name];
+    m_LoosePads.insert(m_LoosePads.end(), held.begin(), held.end());
+    held = std::move(loops);
 }
