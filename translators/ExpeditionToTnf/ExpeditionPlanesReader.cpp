@@ -315,17 +315,17 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
         voids.emplace_back(shrunk(cutout), 0.0);
     if (net)
         net->AddPlaneShape(ExpeditionPlaneShape(shrunk(outline), 0.0, voids), layerName);
-    if (m_Diagnostics && net && unshrunk > 0)
+    if (!m_Diagnostics || !net)
+        return;
+    const std::string where = "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
+                              "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": ";
+    if (unshrunk > 0)
         m_Diagnostics->Report("Planes.hkp", 0, "negative-plane-unshrunk",
-                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
-                                  "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": " +
-                                  std::to_string(unshrunk) +
+                              where + std::to_string(unshrunk) +
                                   " contours thinner than the pen are kept as drawn, without the pen width.");
-    if (m_Diagnostics && net && droppedPieces > 0)
+    if (droppedPieces > 0)
         m_Diagnostics->Report("Planes.hkp", 0, "plane-dropped",
-                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
-                                  "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": " +
-                                  std::to_string(droppedPieces) +
+                              where + std::to_string(droppedPieces) +
                                   " pieces that the pen width cuts off a contour are dropped.");
 }
 
