@@ -10,7 +10,6 @@
 #include <cmath>
 
 using io::CBlock_func;
-using io::CBlockPtr;
 
 void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& layout)
 {
@@ -20,8 +19,10 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
         ExpeditionLayoutNet* net = element->AsLayoutNet();
         if (!net)
             continue;
-        CBlockPtr entry(L"LayoutNet");
-        *entry << io::CBlock_named_value(L"Name", io::CBlock_value(net->m_Name));
+        // The entry goes to the file item by item: the plane of a large board
+        // has hundreds of thousands of voids, which are never held as a tree.
+        io::CBlock_stream entry(block, L"LayoutNet");
+        entry << io::CBlock_named_value(L"Name", io::CBlock_value(net->m_Name));
         for (const ExpeditionTrace* trace : net->m_Traces)
         {
             if (!trace || trace->m_Vertices.size() < 2)
@@ -31,9 +32,9 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             AddPathVertices(path, trace->m_Vertices, trace->m_Width);
             CBlock_func graphics(L"Graphics");
             graphics << trace->m_LayerName << path;
-            *entry << graphics;
+            entry << graphics;
         }
-        WritePlaneLines(*entry, *net);
+        WritePlaneLines(entry, *net);
         for (const ExpeditionVia* via : net->m_Vias)
         {
             if (!via)
@@ -41,12 +42,11 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             CBlock_func item(L"Via");
             item << ++m_NextShapeId << via->m_FromLayer << via->m_ToLayer << via->m_X << via->m_Y
                  << via->m_PadStackName << 0;
-            *entry << item;
+            entry << item;
         }
-        WritePlaneShapes(*entry, *net);
-        block << entry;
+        WritePlaneShapes(entry, *net);
+        entry.Close();
         // The net is in the file; nothing after this block asks for its copper.
-        entry = CBlockPtr();
         net->ReleaseCopper();
     }
 }
@@ -87,7 +87,7 @@ CBlock_func CircleItem(int id, double width, const geom::Circle& circle)
 } // namespace
 
 // Thin plane contours as paths through their vertices, without arcs.
-void ExpeditionToTnf::WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net)
+void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const ExpeditionLayoutNet& net)
 {
     for (const auto& [layer, lines] : net.m_PlaneLines)
         for (const ExpeditionPlanePolygon& line : lines)
@@ -109,14 +109,14 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutN
 
 // A shape with voids is always written, its outline open; one without voids
 // is a circle, or a closed polygon unless it has collapsed to nothing.
-void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net)
+void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const ExpeditionLayoutNet& net)
 {
     for (const auto& [layer, shapes] : net.m_PlaneShapes)
         for (const ExpeditionPlaneShape& shape : shapes)
         {
             if (!shape.m_Voids.empty())
             {
-                entry << WritePolygonWithVoids(layer, shape);
+                WritePolygonWithVoids(entry, layer, shape);
                 continue;
             }
             const double accuracy = 1e-08;
@@ -142,10 +142,11 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayout
         }
 }
 
-CBlockPtr ExpeditionToTnf::WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape)
+void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AString& layer,
+                                            const ExpeditionPlaneShape& shape)
 {
-    CBlockPtr block(L"PolygonWithVoids");
-    *block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
+    io::CBlock_stream block(entry, L"PolygonWithVoids");
+    block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
     CBlock_func outline(L"Polygon");
     outline << ++m_NextShapeId << shape.m_Width;
     const std::vector<geom::Arc> edges = shape.m_Polygon.GetEdges();
@@ -163,21 +164,19 @@ CBlockPtr ExpeditionToTnf::WritePolygonWithVoids(const AString& layer, const Exp
     }
     else
         AddEdges(outline, edges, false);
-    *block << outline;
-    CBlockPtr voids(L"voids");
+    block << outline;
+    io::CBlock_stream voids(block, L"voids");
     for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
     {
         geom::Circle circle;
         if (hole.m_Polygon.IsCircle(hole.m_Polygon.GetEpsilon(), &circle))
         {
-            *voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
+            voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
             continue;
         }
         CBlock_func polygon(L"Polygon");
         polygon << ++m_NextShapeId << hole.m_Width;
         AddEdges(polygon, hole.m_Polygon.GetEdges(), false);
-        *voids << polygon;
+        voids << polygon;
     }
-    *block << voids;
-    return block;
 }

@@ -153,10 +153,14 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         VELLUM_ASSERT(size2 == size);
 
         // Outlines that touch themselves are cleaned first; voids are then
-        // tested against the cleaned contours.
-        std::vector<geom::Polygon> contours(n);
+        // tested against the cleaned contours. The outlines are kept by rank,
+        // their place in the sorted order: a plane of many voids has few
+        // outlines, and nothing of this is kept per void.
         std::vector<size_t> rank(n, n);
         std::vector<size_t> sorted;
+        std::vector<geom::Polygon> contours;
+        sorted.reserve(size2);
+        contours.reserve(size2);
         for (const auto& [area, i] : byArea)
         {
             geom::Polygon contour = polygons[i].m_Polygon;
@@ -167,37 +171,39 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                 if (!cleaned.empty())
                     contour = cleaned.front().GetPolygon();
             }
-            contours[i] = contour;
+            contours.push_back(contour);
             rank[i] = sorted.size();
             sorted.push_back(i);
         }
-        std::vector<geom::Box> outlineBoxes(n);
-        for (size_t i : sorted)
-            outlineBoxes[i] = contours[i].GetBBox();
+        std::vector<geom::Box> outlineBoxes;
+        outlineBoxes.reserve(contours.size());
+        for (const geom::Polygon& contour : contours)
+            outlineBoxes.push_back(contour.GetBBox());
 
         // Each void to the first outline, in the sorted order, that holds it.
-        std::vector<std::vector<ExpeditionPlanePolygon>> taken(n);
+        std::vector<std::vector<ExpeditionPlanePolygon>> taken(sorted.size());
         for (size_t v : voids)
         {
-            size_t best = n;
+            size_t best = n; // a rank
             for (size_t o : grid.Candidates(BoxCentre(boxes[v])))
             {
-                if (rank[o] == n || (best != n && rank[o] >= rank[best]))
+                const size_t r = rank[o];
+                if (r == n || (best != n && r >= best))
                     continue;
-                if (BoxMayHold(outlineBoxes[o], boxes[v]) &&
-                    contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
-                    best = o;
+                if (BoxMayHold(outlineBoxes[r], boxes[v]) &&
+                    contours[r].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    best = r;
             }
             // A contour cleaned of its self-crossings may have left its box:
             // those few outlines are tried through their own box as well.
             if (best == n)
-                for (size_t o : sorted)
+                for (size_t r = 0; r < sorted.size(); ++r)
                 {
-                    if (!BoxMayHold(outlineBoxes[o], boxes[v]) || BoxMayHold(boxes[o], boxes[v]))
+                    if (!BoxMayHold(outlineBoxes[r], boxes[v]) || BoxMayHold(boxes[sorted[r]], boxes[v]))
                         continue;
-                    if (contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    if (contours[r].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
                     {
-                        best = o;
+                        best = r;
                         break;
                     }
                 }
@@ -205,8 +211,12 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                 taken[best].push_back(polygons[v]);
         }
         std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[layer];
-        for (size_t o : sorted)
-            shapes.emplace_back(contours[o], polygons[o].m_Width, taken[o]);
+        for (size_t r = 0; r < sorted.size(); ++r)
+        {
+            shapes.emplace_back(contours[r], polygons[sorted[r]].m_Width,
+                                std::vector<ExpeditionPlanePolygon>());
+            shapes.back().m_Voids.swap(taken[r]);
+        }
     }
 }
 

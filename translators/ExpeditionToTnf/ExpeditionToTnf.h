@@ -112,9 +112,10 @@ private:
 
     void WriteBoardOutline(io::CBlock& block, ExpeditionShapes& outline);
     void WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour);
-    void WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net);
-    void WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net);
-    io::CBlockPtr WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape);
+    void WritePlaneLines(io::CBlock_stream& entry, const ExpeditionLayoutNet& net);
+    void WritePlaneShapes(io::CBlock_stream& entry, const ExpeditionLayoutNet& net);
+    void WritePolygonWithVoids(io::CBlock_stream& entry, const AString& layer,
+                               const ExpeditionPlaneShape& shape);
     void ExpandNetPins(ElementList& elements);
     struct NetlistPins;
     struct PartValuesIndex;
