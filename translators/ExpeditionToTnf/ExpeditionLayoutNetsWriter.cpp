@@ -94,7 +94,7 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const Expedition
         {
             CBlock_func path(L"Path");
             path << ++m_NextShapeId;
-            for (const geom::Point& p : line.m_Polygon.GetVertices())
+            for (const geom::Point& p : line.GetPolygon().GetVertices())
             {
                 CBlock_func vertex(L"vertex");
                 vertex << p.m_X.GetValue() << p.m_Y.GetValue() << line.m_Width << line.m_Width
@@ -169,14 +169,15 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
     for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
     {
         geom::Circle circle;
-        if (hole.m_Polygon.IsCircle(hole.m_Polygon.GetEpsilon(), &circle))
+        const geom::Polygon contour = hole.GetPolygon();
+        if (contour.IsCircle(contour.GetEpsilon(), &circle))
         {
             voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
             continue;
         }
         CBlock_func polygon(L"Polygon");
         polygon << ++m_NextShapeId << hole.m_Width;
-        AddEdges(polygon, hole.m_Polygon.GetEdges(), false);
+        AddEdges(polygon, contour.GetEdges(), false);
         voids << polygon;
     }
 }

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 
 namespace
 {
@@ -105,6 +106,50 @@ geom::Point BoxCentre(const geom::Box& box)
 }
 } // namespace
 
+namespace
+{
+// The most edges of a contour that is held as its edges: a circle has one, a
+// box four, an obround four, a rounded box eight.
+constexpr int k_FewEdges = 8;
+
+// The edges of a contour of few edges, or null. Only a chain that builds a
+// polygon again without complaint is taken apart: the polygon of its edges is
+// then the same, edge for edge.
+std::shared_ptr<const std::vector<geom::Arc>> TakeApart(const geom::Polygon& polygon)
+{
+    const int count = polygon.GetEdgeCount();
+    if (count < 1 || count > k_FewEdges || polygon.GetOpenClosed() != geom::k_Closed)
+        return nullptr;
+    std::vector<geom::Arc> edges = polygon.GetEdges();
+    if (!geom::IsPolyArcSequence_G(edges, geom::k_Closed))
+        return nullptr;
+    return std::make_shared<const std::vector<geom::Arc>>(std::move(edges));
+}
+} // namespace
+
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, double width)
+    : m_Polygon(geom::PolyArc(), false), m_Edges(TakeApart(polygon)), m_Width(width)
+{
+    if (!m_Edges)
+        m_Polygon = polygon;
+}
+
+geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
+{
+    return m_Edges ? geom::Polygon(*m_Edges, false) : m_Polygon;
+}
+
+geom::Box ExpeditionPlanePolygon::GetBBox() const
+{
+    if (!m_Edges)
+        return m_Polygon.GetBBox();
+    // The hull of the edges' boxes, which is what the polygon's tree holds.
+    geom::Box box;
+    for (const geom::Arc& edge : *m_Edges)
+        box |= edge.GetBBox();
+    return box;
+}
+
 void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName,
                                           bool negative)
 {
@@ -115,7 +160,7 @@ void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon,
         return;
     }
     const geom::PolygonWithHolesCollection shrunk =
-        polygon.m_Polygon.Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
+        polygon.GetPolygon().Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
     for (const geom::PolygonWithHoles& piece : shrunk.GetPolygonsWithHoles())
         outlines.emplace_back(piece.GetPolygon(), 0.0);
 }
@@ -128,7 +173,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         std::vector<geom::Box> boxes;
         boxes.reserve(n);
         for (const ExpeditionPlanePolygon& p : polygons)
-            boxes.push_back(p.m_Polygon.GetBBox());
+            boxes.push_back(p.GetBBox());
         const BoxGrid grid(boxes);
 
         // Nesting depth: how many others hold this contour.
@@ -136,18 +181,23 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         for (size_t i = 0; i < n; ++i)
         {
             int depth = 0;
+            std::optional<geom::Polygon> contour; // made when a box test first lets it through
             for (size_t j : grid.Candidates(BoxCentre(boxes[i])))
-                if (j != i && BoxMayHold(boxes[j], boxes[i]) &&
-                    polygons[j].m_Polygon.GetRelation(polygons[i].m_Polygon, 1e-08) ==
-                        geom::k_OtherInsideThis)
+            {
+                if (j == i || !BoxMayHold(boxes[j], boxes[i]))
+                    continue;
+                if (!contour)
+                    contour = polygons[i].GetPolygon();
+                if (polygons[j].GetPolygon().GetRelation(*contour, 1e-08) == geom::k_OtherInsideThis)
                     ++depth;
+            }
             (depth % 2 == 1 ? voids : outlines).push_back(i);
         }
 
         // Smallest outline first, equal areas in their order.
         std::multimap<double, size_t> byArea;
         for (size_t i : outlines)
-            byArea.emplace(std::fabs(polygons[i].m_Polygon.GetArea().GetValue()), i);
+            byArea.emplace(std::fabs(polygons[i].GetPolygon().GetArea().GetValue()), i);
         const size_t size = outlines.size();
         const size_t size2 = byArea.size();
         VELLUM_ASSERT(size2 == size);
@@ -163,7 +213,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         contours.reserve(size2);
         for (const auto& [area, i] : byArea)
         {
-            geom::Polygon contour = polygons[i].m_Polygon;
+            geom::Polygon contour = polygons[i].GetPolygon();
             if (!geom::Polygon::GetSelfIntersectionPoints(contour, 1e-09).empty())
             {
                 const auto cleaned =
@@ -185,13 +235,19 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         for (size_t v : voids)
         {
             size_t best = n; // a rank
+            std::optional<geom::Polygon> hole;
+            const auto holds = [&](size_t r)
+            {
+                if (!hole)
+                    hole = polygons[v].GetPolygon();
+                return contours[r].GetRelation(*hole, 1e-09) == geom::k_OtherInsideThis;
+            };
             for (size_t o : grid.Candidates(BoxCentre(boxes[v])))
             {
                 const size_t r = rank[o];
                 if (r == n || (best != n && r >= best))
                     continue;
-                if (BoxMayHold(outlineBoxes[r], boxes[v]) &&
-                    contours[r].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                if (BoxMayHold(outlineBoxes[r], boxes[v]) && holds(r))
                     best = r;
             }
             // A contour cleaned of its self-crossings may have left its box:
@@ -201,7 +257,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                 {
                     if (!BoxMayHold(outlineBoxes[r], boxes[v]) || BoxMayHold(boxes[sorted[r]], boxes[v]))
                         continue;
-                    if (contours[r].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    if (holds(r))
                     {
                         best = r;
                         break;
@@ -228,13 +284,13 @@ void ExpeditionLayoutNet::ResolvePlaneLines()
         const std::vector<ExpeditionPlaneShape> reference = m_PlaneShapes[layer];
         for (const ExpeditionPlanePolygon& line : lines)
         {
-            const geom::Point c = line.m_Polygon.GetBBox().GetCenter();
+            const geom::Point c = line.GetBBox().GetCenter();
             bool inVoid = false, inOutline = false;
             for (const ExpeditionPlaneShape& shape : reference)
             {
                 for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
-                    if (hole.m_Polygon.GetBBox().Contains(c, 1e-08) &&
-                        hole.m_Polygon.GetRelation(c, 1e-08) == geom::k_PointInside)
+                    if (hole.GetBBox().Contains(c, 1e-08) &&
+                        hole.GetPolygon().GetRelation(c, 1e-08) == geom::k_PointInside)
                     {
                         inVoid = true;
                         break;
@@ -254,7 +310,7 @@ void ExpeditionLayoutNet::ResolvePlaneLines()
             // copper it adds nothing.
             if (inVoid || !inOutline)
             {
-                m_PlaneShapes[layer].emplace_back(line.m_Polygon, line.m_Width,
+                m_PlaneShapes[layer].emplace_back(line.GetPolygon(), line.m_Width,
                                                   std::vector<ExpeditionPlanePolygon>());
                 kept[layer].push_back(line);
             }
