@@ -9,6 +9,7 @@
 
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
+#include <string>
 #include <unordered_map>
 
 using io::CBlock_func;
@@ -195,8 +196,11 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
             }
             for (size_t i = 0; i < count; ++i)
             {
-                AString pin;
-                pin.Format(L"%s.%d", refDes.c_str(), i == 0 ? known->m_First : known->m_More[i - 1]);
+                // "refdes.index", as %s.%d prints it: the designator up to a
+                // NUL that a hostile file may have put in it.
+                AString pin(refDes.c_str());
+                pin += L'.';
+                pin += std::to_wstring(i == 0 ? known->m_First : known->m_More[i - 1]);
                 *net << io::CBlock_named_value(L"NetPin", io::CBlock_value(pin));
             }
         }

@@ -54,17 +54,18 @@ public:
         }
     }
 
-    // Indices, ascending, of the boxes that may hold the point.
-    std::vector<size_t> Candidates(const geom::Point& p) const
+    // Indices, ascending, of the boxes that may hold the point. The list is
+    // the grid's own and holds until the next call.
+    const std::vector<size_t>& Candidates(const geom::Point& p) const
     {
-        std::vector<size_t> found = m_Large;
+        m_Found = m_Large;
         if (!m_All.IsEmpty())
         {
             const auto& cell = m_Grid[Cell(p.m_X.GetValue(), true) * m_Cells + Cell(p.m_Y.GetValue(), false)];
-            found.insert(found.end(), cell.begin(), cell.end());
+            m_Found.insert(m_Found.end(), cell.begin(), cell.end());
         }
-        std::sort(found.begin(), found.end());
-        return found;
+        std::sort(m_Found.begin(), m_Found.end());
+        return m_Found;
     }
 
 private:
@@ -87,6 +88,7 @@ private:
     size_t m_Cells = 1;
     std::vector<std::vector<size_t>> m_Grid;
     std::vector<size_t> m_Large;
+    mutable std::vector<size_t> m_Found;
 };
 
 // Whether inner's box lies in outer's, with room for the accuracy of the
