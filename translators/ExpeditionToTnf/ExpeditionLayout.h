@@ -12,7 +12,6 @@
 #include "lib/math/geometry/Polygon.h"
 
 #include <map>
-#include <memory>
 #include <vector>
 
 class ExpeditionPadStack;
@@ -615,6 +614,11 @@ class ExpeditionPlanePolygon
 {
 public:
     ExpeditionPlanePolygon(const geom::Polygon& polygon, double width);
+    ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other);
+    ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept;
+    ExpeditionPlanePolygon& operator=(ExpeditionPlanePolygon other) noexcept;
+    ~ExpeditionPlanePolygon();
+
     // The contour as a polygon.
     geom::Polygon GetPolygon() const;
     // Its box, without the polygon.
@@ -623,8 +627,14 @@ public:
     bool IsHeldAsEdges() const { return m_Edges != nullptr; }
 
 private:
-    geom::Polygon m_Polygon;                               // a contour of many edges; none otherwise
-    std::shared_ptr<const std::vector<geom::Arc>> m_Edges; // the edges of a contour of few
+    // The edges of a contour of few, in one block with the count of their
+    // users and their number.
+    struct Edges;
+    static Edges* TakeApart(const geom::Polygon& polygon);
+    static const geom::Arc* EdgesOf(const Edges* edges);
+
+    geom::Polygon m_Polygon;  // a contour of many edges; none otherwise
+    Edges* m_Edges = nullptr; // the edges of a contour of few, shared by the copies
 
 public:
     double m_Width;

@@ -16,7 +16,9 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <new>
 #include <optional>
+#include <utility>
 
 namespace
 {
@@ -114,20 +116,38 @@ namespace
 // box four, an obround four, a rounded box eight.
 constexpr int k_FewEdges = 8;
 
+} // namespace
+
+struct ExpeditionPlanePolygon::Edges
+{
+    unsigned m_Users;
+    unsigned m_Count;
+};
+const geom::Arc* ExpeditionPlanePolygon::EdgesOf(const Edges* edges)
+{
+    static_assert(sizeof(Edges) % alignof(geom::Arc) == 0, "the edges follow the header");
+    return std::launder(
+        reinterpret_cast<const geom::Arc*>(reinterpret_cast<const unsigned char*>(edges) + sizeof(Edges)));
+}
+
 // The edges of a contour of few edges, or null. Only a chain that builds a
 // polygon again without complaint is taken apart: the polygon of its edges is
 // then the same, edge for edge.
-std::shared_ptr<const std::vector<geom::Arc>> TakeApart(const geom::Polygon& polygon)
+ExpeditionPlanePolygon::Edges* ExpeditionPlanePolygon::TakeApart(const geom::Polygon& polygon)
 {
     const int count = polygon.GetEdgeCount();
     if (count < 1 || count > k_FewEdges || polygon.GetOpenClosed() != geom::k_Closed)
         return nullptr;
-    std::vector<geom::Arc> edges = polygon.GetEdges();
+    const std::vector<geom::Arc> edges = polygon.GetEdges();
     if (!geom::IsPolyArcSequence_G(edges, geom::k_Closed))
         return nullptr;
-    return std::make_shared<const std::vector<geom::Arc>>(std::move(edges));
+    unsigned char* storage =
+        static_cast<unsigned char*>(::operator new(sizeof(Edges) + edges.size() * sizeof(geom::Arc)));
+    Edges* block = new (storage) Edges{1, static_cast<unsigned>(edges.size())};
+    for (size_t i = 0; i < edges.size(); ++i)
+        new (storage + sizeof(Edges) + i * sizeof(geom::Arc)) geom::Arc(edges[i]);
+    return block;
 }
-} // namespace
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, double width)
     : m_Polygon(geom::PolyArc(), false), m_Edges(TakeApart(polygon)), m_Width(width)
@@ -136,9 +156,43 @@ ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, dou
         m_Polygon = polygon;
 }
 
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other)
+    : m_Polygon(other.m_Polygon), m_Edges(other.m_Edges), m_Width(other.m_Width)
+{
+    if (m_Edges)
+        ++m_Edges->m_Users;
+}
+
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept
+    : m_Polygon(other.m_Polygon), m_Edges(std::exchange(other.m_Edges, nullptr)), m_Width(other.m_Width)
+{
+}
+
+ExpeditionPlanePolygon& ExpeditionPlanePolygon::operator=(ExpeditionPlanePolygon other) noexcept
+{
+    std::swap(m_Polygon, other.m_Polygon);
+    std::swap(m_Edges, other.m_Edges);
+    m_Width = other.m_Width;
+    return *this;
+}
+
+ExpeditionPlanePolygon::~ExpeditionPlanePolygon()
+{
+    if (!m_Edges || --m_Edges->m_Users > 0)
+        return;
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
+        edges[i].~Arc();
+    m_Edges->~Edges();
+    ::operator delete(static_cast<void*>(m_Edges));
+}
+
 geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
 {
-    return m_Edges ? geom::Polygon(*m_Edges, false) : m_Polygon;
+    if (!m_Edges)
+        return m_Polygon;
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    return geom::Polygon(std::vector<geom::Arc>(edges, edges + m_Edges->m_Count), false);
 }
 
 geom::Box ExpeditionPlanePolygon::GetBBox() const
@@ -147,8 +201,9 @@ geom::Box ExpeditionPlanePolygon::GetBBox() const
         return m_Polygon.GetBBox();
     // The hull of the edges' boxes, which is what the polygon's tree holds.
     geom::Box box;
-    for (const geom::Arc& edge : *m_Edges)
-        box |= edge.GetBBox();
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
+        box |= edges[i].GetBBox();
     return box;
 }
 
@@ -169,7 +224,7 @@ void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon,
 
 void ExpeditionLayoutNet::ResolvePlaneVoids()
 {
-    for (const auto& [layer, polygons] : m_PlaneOutlines)
+    for (auto& [layer, polygons] : m_PlaneOutlines)
     {
         const size_t n = polygons.size();
         std::vector<geom::Box> boxes;
@@ -233,7 +288,11 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
             outlineBoxes.push_back(contour.GetBBox());
 
         // Each void to the first outline, in the sorted order, that holds it.
-        std::vector<std::vector<ExpeditionPlanePolygon>> taken(sorted.size());
+        // The voids of an outline are counted before they are copied, so that
+        // a plane of many voids holds no spare room for more.
+        std::vector<size_t> bestOf;
+        bestOf.reserve(voids.size());
+        std::vector<size_t> voidCount(sorted.size(), 0);
         for (size_t v : voids)
         {
             size_t best = n; // a rank
@@ -265,9 +324,16 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                         break;
                     }
                 }
+            bestOf.push_back(best);
             if (best != n)
-                taken[best].push_back(polygons[v]);
+                ++voidCount[best];
         }
+        std::vector<std::vector<ExpeditionPlanePolygon>> taken(sorted.size());
+        for (size_t r = 0; r < sorted.size(); ++r)
+            taken[r].reserve(voidCount[r]);
+        for (size_t k = 0; k < voids.size(); ++k)
+            if (bestOf[k] != n)
+                taken[bestOf[k]].push_back(polygons[voids[k]]);
         std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[layer];
         for (size_t r = 0; r < sorted.size(); ++r)
         {
@@ -275,6 +341,8 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                                 std::vector<ExpeditionPlanePolygon>());
             shapes.back().m_Voids.swap(taken[r]);
         }
+        // The contours as read stay; only the room the reading left spare goes.
+        polygons.shrink_to_fit();
     }
 }
 

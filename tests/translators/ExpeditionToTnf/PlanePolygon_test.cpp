@@ -95,3 +95,30 @@ TEST(PlanePolygon, SmallContoursComeBackEdgeForEdgeLargeOnesStayPolygons)
     EXPECT_TRUE(empty.GetPolygon().empty());
     EXPECT_TRUE(empty.GetBBox().IsEmpty());
 }
+
+TEST(PlanePolygon, CopiesShareTheEdgesAndOutliveTheOriginal)
+{
+    const geom::Polygon circle{geom::Circle(geom::Point(3.0, 4.0), 0.4)};
+    std::vector<geom::Point> points;
+    for (int i = 0; i < 12; ++i)
+        points.emplace_back(std::cos(i * 0.5236) * 5.0, std::sin(i * 0.5236) * 5.0);
+    const geom::Polygon many(points, true);
+    std::vector<ExpeditionPlanePolygon> copies;
+    {
+        const ExpeditionPlanePolygon original(circle, 0.25);
+        for (int i = 0; i < 100; ++i) // the vector moves them as it grows
+            copies.push_back(original);
+        copies.emplace_back(many, 0.25);
+    }
+    ExpectSameAnswers(circle, copies[0], "copy");
+    ExpectSameAnswers(circle, copies[99], "last copy");
+    // Assignment both ways between a contour held as edges and a polygon.
+    ExpeditionPlanePolygon swapped = copies[100];
+    swapped = copies[0];
+    EXPECT_TRUE(swapped.IsHeldAsEdges());
+    copies[0] = copies[100];
+    EXPECT_FALSE(copies[0].IsHeldAsEdges());
+    ExpectSameAnswers(many, copies[0], "assigned polygon");
+    copies.erase(copies.begin() + 1, copies.begin() + 100);
+    ExpectSameAnswers(circle, swapped, "assigned edges");
+}
