@@ -175,7 +175,7 @@ void CAbstract_istream::SetSource(std::unique_ptr<CText_source> source, size_t s
     m_Pos = 0;
 }
 
-std::string_view CAbstract_istream::View(size_t offset, size_t atLeast) const
+std::string_view CAbstract_istream::MoveView(size_t offset, size_t atLeast) const
 {
     if (offset >= m_Size)
         return std::string_view();

@@ -149,13 +149,22 @@ protected:
 
     // The text from offset on, at least atLeast bytes of it unless the text
     // ends before; empty at the end. The view holds until the next call.
-    std::string_view View(size_t offset, size_t atLeast) const;
+    std::string_view View(size_t offset, size_t atLeast) const
+    {
+        // Nearly every call finds its bytes in the window.
+        const size_t end = m_WindowStart + m_Window.size();
+        if (offset >= m_WindowStart && offset < end && (end - offset >= atLeast || end == m_Size))
+            return std::string_view(m_Window.data() + (offset - m_WindowStart), end - offset);
+        return MoveView(offset, atLeast);
+    }
     // The byte at offset; offset must lie before the end.
     char ByteAt(size_t offset) const { return View(offset, 1)[0]; }
 
 private:
     // Finds the next token and returns its bytes; false at the end.
     bool NextTokenText(std::string_view& text, bool& quoted);
+    // View where the window has to move first.
+    std::string_view MoveView(size_t offset, size_t atLeast) const;
     // Moves the window so that it holds [offset, offset + atLeast).
     void Load(size_t offset, size_t atLeast) const;
 
