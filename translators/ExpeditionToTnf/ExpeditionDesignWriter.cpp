@@ -9,8 +9,22 @@
 #include "lib/math/geometry/Circle.h"
 #include "lib/math/geometry/Polygon.h"
 
+#include <utility>
+
 using io::CBlock_func;
 using io::CBlockPtr;
+
+io::CBlock_func ExpeditionToTnf::NewVertex()
+{
+    static const io::CBlock_ptr<io::CBlock_value> name(new io::CBlock_value(AString(L"vertex")));
+    return CBlock_func(name);
+}
+
+io::CBlock_func ExpeditionToTnf::NewArc()
+{
+    static const io::CBlock_ptr<io::CBlock_value> name(new io::CBlock_value(AString(L"Arc")));
+    return CBlock_func(name);
+}
 
 void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
                                       double width)
@@ -20,14 +34,14 @@ void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<E
     static const io::CBlock_ptr<io::CBlock_value> mitered(new io::CBlock_value(AString(L"Radiallymitered")));
     for (const ExpeditionVertex* v : vertices)
     {
-        CBlock_func vertex(L"vertex");
+        CBlock_func vertex = ExpeditionToTnf::NewVertex();
         vertex << v->x << v->y << width << width << round << mitered << width;
-        function << vertex;
+        function << std::move(vertex);
         if (v->arcHeight != 0.0)
         {
-            CBlock_func arc(L"Arc");
+            CBlock_func arc = ExpeditionToTnf::NewArc();
             arc << v->arcHeight;
-            function << arc;
+            function << std::move(arc);
         }
     }
 }
@@ -60,9 +74,9 @@ void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& out
                                       {rect->m_X1, rect->m_Y2}};
         for (const auto& corner : corners)
         {
-            CBlock_func vertex(L"vertex");
+            CBlock_func vertex = ExpeditionToTnf::NewVertex();
             vertex << corner[0] << corner[1];
-            polygon << vertex;
+            polygon << std::move(vertex);
         }
     }
     else if (ExpeditionCircle* circle = outline.AsCircle())
@@ -72,9 +86,9 @@ void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& out
         const geom::Polygon round(geom::Circle(geom::Point(circle->m_X, circle->m_Y), circle->m_Radius));
         for (const geom::Point& p : round.GetPoints(geom::Angle(20.0, geom::k_Degrees), true, 50))
         {
-            CBlock_func vertex(L"vertex");
+            CBlock_func vertex = ExpeditionToTnf::NewVertex();
             vertex << p.m_X.GetValue() << p.m_Y.GetValue();
-            polygon << vertex;
+            polygon << std::move(vertex);
         }
     }
     else

@@ -625,6 +625,9 @@ public:
     geom::Box GetBBox() const;
     // Whether it is held as its edges alone.
     bool IsHeldAsEdges() const { return m_Edges != nullptr; }
+    // The one edge of a contour held as a single edge (a whole circle), else
+    // null: what a writer asks of most voids, without making the polygon.
+    const geom::Arc* GetSingleEdge() const;
 
 private:
     // The edges of a contour of few, in one block with the count of their
@@ -695,6 +698,9 @@ public:
     // An outline or void as read; on a negative layer the pen's width is
     // worked into the contour by shrinking it by half the width.
     void AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName, bool negative);
+    // The same for a contour as read, which a negative layer shrinks as it is,
+    // without taking it apart first.
+    void AddPlaneOutline(const geom::Polygon& polygon, double width, const AString& layerName, bool negative);
     void AddPlaneLine(const ExpeditionPlanePolygon& polygon, const AString& layerName)
     {
         m_PlaneLines[layerName].push_back(polygon);

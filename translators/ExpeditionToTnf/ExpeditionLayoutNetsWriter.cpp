@@ -6,8 +6,10 @@
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
 #include "lib/math/geometry/Circle.h"
+#include "lib/math/geometry/Circumference.h"
 
 #include <cmath>
+#include <utility>
 
 using io::CBlock_func;
 
@@ -31,7 +33,7 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             path << ++m_NextShapeId;
             AddPathVertices(path, trace->m_Vertices, trace->m_Width);
             CBlock_func graphics(L"Graphics");
-            graphics << trace->m_LayerName << path;
+            graphics << trace->m_LayerName << std::move(path);
             entry << graphics;
         }
         WritePlaneLines(entry, *net);
@@ -59,21 +61,21 @@ void AddEdges(CBlock_func& polygon, const std::vector<geom::Arc>& edges, bool cl
 {
     for (const geom::Arc& edge : edges)
     {
-        CBlock_func vertex(L"vertex");
+        CBlock_func vertex = ExpeditionToTnf::NewVertex();
         vertex << edge.GetStart().m_X.GetValue() << edge.GetStart().m_Y.GetValue();
-        polygon << vertex;
+        polygon << std::move(vertex);
         if (!edge.IsSegment(edge.GetEpsilon(), nullptr))
         {
-            CBlock_func arc(L"Arc");
+            CBlock_func arc = ExpeditionToTnf::NewArc();
             arc << edge.GetHeight().GetValue();
-            polygon << arc;
+            polygon << std::move(arc);
         }
     }
     if (closed && !edges.empty())
     {
-        CBlock_func vertex(L"vertex");
+        CBlock_func vertex = ExpeditionToTnf::NewVertex();
         vertex << edges.back().GetEnd().m_X.GetValue() << edges.back().GetEnd().m_Y.GetValue();
-        polygon << vertex;
+        polygon << std::move(vertex);
     }
 }
 
@@ -96,13 +98,13 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const Expedition
             path << ++m_NextShapeId;
             for (const geom::Point& p : line.GetPolygon().GetVertices())
             {
-                CBlock_func vertex(L"vertex");
+                CBlock_func vertex = ExpeditionToTnf::NewVertex();
                 vertex << p.m_X.GetValue() << p.m_Y.GetValue() << line.m_Width << line.m_Width
                        << AString(L"Round") << AString(L"Radiallymitered") << line.m_Width;
-                path << vertex;
+                path << std::move(vertex);
             }
             CBlock_func graphics(L"Graphics");
-            graphics << layer << path;
+            graphics << layer << std::move(path);
             entry << graphics;
         }
 }
@@ -137,7 +139,7 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const Expeditio
             CBlock_func polygon(L"Polygon");
             polygon << ++m_NextShapeId << shape.m_Width;
             AddEdges(polygon, shape.m_Polygon.GetEdges(), true);
-            graphics << polygon;
+            graphics << std::move(polygon);
             entry << graphics;
         }
 }
@@ -157,9 +159,9 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
         edges[0].GetPoints(60, true, points);
         for (const geom::Point& p : points)
         {
-            CBlock_func vertex(L"vertex");
+            CBlock_func vertex = ExpeditionToTnf::NewVertex();
             vertex << p.m_X.GetValue() << p.m_Y.GetValue();
-            outline << vertex;
+            outline << std::move(vertex);
         }
     }
     else
@@ -168,6 +170,16 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
     io::CBlock_stream voids(block, L"voids");
     for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
     {
+        // A contour of one edge is a circle when that edge is whole, as the
+        // polygon of it would answer.
+        geom::Circumference round;
+        const geom::Arc* single = hole.GetSingleEdge();
+        if (single && single->IsCircumference(&round))
+        {
+            voids << CircleItem(++m_NextShapeId, hole.m_Width,
+                                geom::Circle(round.GetCenter(), round.GetRadius()));
+            continue;
+        }
         geom::Circle circle;
         const geom::Polygon contour = hole.GetPolygon();
         if (contour.IsCircle(contour.GetEpsilon(), &circle))

@@ -4,6 +4,8 @@
 
 #include "core/lib/vellum/Assert.h"
 
+#include <utility>
+
 using io::CBlock_func;
 using io::CBlockFuncPtr;
 using io::CBlockPtr;
@@ -73,14 +75,14 @@ void ExpeditionToTnf::AddVertices(CBlock_func& function, const std::vector<Exped
 {
     for (const ExpeditionVertex* v : vertices)
     {
-        CBlock_func vertex(L"vertex");
+        CBlock_func vertex = ExpeditionToTnf::NewVertex();
         vertex << v->x << v->y;
-        function << vertex;
+        function << std::move(vertex);
         if (v->arcHeight != 0.0)
         {
-            CBlock_func arc(L"Arc");
+            CBlock_func arc = ExpeditionToTnf::NewArc();
             arc << v->arcHeight;
-            function << arc;
+            function << std::move(arc);
         }
     }
 }

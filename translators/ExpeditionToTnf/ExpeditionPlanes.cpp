@@ -60,13 +60,12 @@ public:
     // the grid's own and holds until the next call.
     const std::vector<size_t>& Candidates(const geom::Point& p) const
     {
-        m_Found = m_Large;
-        if (!m_All.IsEmpty())
-        {
-            const auto& cell = m_Grid[Cell(p.m_X.GetValue(), true) * m_Cells + Cell(p.m_Y.GetValue(), false)];
-            m_Found.insert(m_Found.end(), cell.begin(), cell.end());
-        }
-        std::sort(m_Found.begin(), m_Found.end());
+        if (m_All.IsEmpty())
+            return m_Large;
+        // Both lists are ascending already, and no box is in both.
+        const auto& cell = m_Grid[Cell(p.m_X.GetValue(), true) * m_Cells + Cell(p.m_Y.GetValue(), false)];
+        m_Found.resize(m_Large.size() + cell.size());
+        std::merge(m_Large.begin(), m_Large.end(), cell.begin(), cell.end(), m_Found.begin());
         return m_Found;
     }
 
@@ -108,6 +107,35 @@ geom::Point BoxCentre(const geom::Box& box)
 {
     return box.GetCenter();
 }
+} // namespace
+
+namespace
+{
+// The polygons of the contours that hold others, made once each. Only the
+// first few are kept, so that a plane of voids inside voids holds no copy of
+// them all; the others are made again for each question.
+class ContainerCache
+{
+public:
+    explicit ContainerCache(const std::vector<ExpeditionPlanePolygon>& contours) : m_Contours(contours) {}
+
+    const geom::Polygon& Get(size_t index)
+    {
+        const auto found = m_Made.find(index);
+        if (found != m_Made.end())
+            return found->second;
+        if (m_Made.size() < k_Kept)
+            return m_Made.emplace(index, m_Contours[index].GetPolygon()).first->second;
+        m_Spare = m_Contours[index].GetPolygon();
+        return m_Spare;
+    }
+
+private:
+    static constexpr size_t k_Kept = 64;
+    const std::vector<ExpeditionPlanePolygon>& m_Contours;
+    std::map<size_t, geom::Polygon> m_Made;
+    geom::Polygon m_Spare;
+};
 } // namespace
 
 namespace
@@ -195,6 +223,11 @@ geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
     return geom::Polygon(std::vector<geom::Arc>(edges, edges + m_Edges->m_Count), false);
 }
 
+const geom::Arc* ExpeditionPlanePolygon::GetSingleEdge() const
+{
+    return m_Edges && m_Edges->m_Count == 1 ? EdgesOf(m_Edges) : nullptr;
+}
+
 geom::Box ExpeditionPlanePolygon::GetBBox() const
 {
     if (!m_Edges)
@@ -210,14 +243,22 @@ geom::Box ExpeditionPlanePolygon::GetBBox() const
 void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName,
                                           bool negative)
 {
+    if (!negative)
+        m_PlaneOutlines[layerName].push_back(polygon);
+    else
+        AddPlaneOutline(polygon.GetPolygon(), polygon.m_Width, layerName, true);
+}
+
+void ExpeditionLayoutNet::AddPlaneOutline(const geom::Polygon& polygon, double width,
+                                          const AString& layerName, bool negative)
+{
     std::vector<ExpeditionPlanePolygon>& outlines = m_PlaneOutlines[layerName];
     if (!negative)
     {
-        outlines.push_back(polygon);
+        outlines.emplace_back(polygon, width);
         return;
     }
-    const geom::PolygonWithHolesCollection shrunk =
-        polygon.GetPolygon().Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
+    const geom::PolygonWithHolesCollection shrunk = polygon.Shrink(width * 0.5, 1e-08, true, 0, 0.0);
     for (const geom::PolygonWithHoles& piece : shrunk.GetPolygonsWithHoles())
         outlines.emplace_back(piece.GetPolygon(), 0.0);
 }
@@ -233,8 +274,11 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
             boxes.push_back(p.GetBBox());
         const BoxGrid grid(boxes);
 
-        // Nesting depth: how many others hold this contour.
+        // Nesting depth: how many others hold this contour. The contours that
+        // hold others are mostly the few outlines, each asked once per void:
+        // the first ones met stay made for the whole layer.
         std::vector<size_t> outlines, voids;
+        ContainerCache holders(polygons);
         for (size_t i = 0; i < n; ++i)
         {
             int depth = 0;
@@ -245,7 +289,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                     continue;
                 if (!contour)
                     contour = polygons[i].GetPolygon();
-                if (polygons[j].GetPolygon().GetRelation(*contour, 1e-08) == geom::k_OtherInsideThis)
+                if (holders.Get(j).GetRelation(*contour, 1e-08) == geom::k_OtherInsideThis)
                     ++depth;
             }
             (depth % 2 == 1 ? voids : outlines).push_back(i);

@@ -83,7 +83,7 @@ void ExpeditionParser::AddGeneratedPlane(ExpeditionLayoutNet* net, const AString
         polygon = geom::Polygon(ArcsOfTriples(plane.m_Triples), true);
         break;
     }
-    net->AddPlaneOutline(ExpeditionPlanePolygon(polygon, plane.m_Width), layer, IsNegativeLayer(layer));
+    net->AddPlaneOutline(polygon, plane.m_Width, layer, IsNegativeLayer(layer));
 }
 
 void ExpeditionParser::AddConductiveShapesAsPlanes(ExpeditionLayoutNet& net,

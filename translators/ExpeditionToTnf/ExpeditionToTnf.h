@@ -100,6 +100,10 @@ public:
     static AString ComponentPrefix(const ExpeditionComponent& component);
 
     // Pieces shared by the writers.
+    // An empty vertex(...) or Arc(...): a layout repeats these names millions
+    // of times, and each is held once for the whole file.
+    static io::CBlock_func NewVertex();
+    static io::CBlock_func NewArc();
     static void AddVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices);
     // vertex(x, y, w, w, "Round", "Radiallymitered", w) per vertex of a line.
     static void AddPathVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,

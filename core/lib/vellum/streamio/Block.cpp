@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace io
 {
@@ -219,6 +220,19 @@ CBlock_func::CBlock_func(const AString& name) : m_NameItem(CBlock_text_sharing::
     m_NameItem->Increment();
 }
 
+CBlock_func::CBlock_func(const CBlock_ptr<CBlock_value>& name) : m_NameItem(name.Item())
+{
+    if (m_NameItem)
+        m_NameItem->Increment();
+}
+
+CBlock_func::CBlock_func(CBlock_func&& other) noexcept
+    : CBlock_item(other), m_NameItem(std::exchange(other.m_NameItem, nullptr)),
+      m_Slots(std::exchange(other.m_Slots, nullptr)), m_Count(std::exchange(other.m_Count, 0)),
+      m_Capacity(std::exchange(other.m_Capacity, 0)), m_ReadIndex(std::exchange(other.m_ReadIndex, 0))
+{
+}
+
 CBlock_func::CBlock_func(const CBlock_func& other) : CBlock_item(other), m_NameItem(other.m_NameItem)
 {
     if (m_NameItem)
@@ -348,6 +362,12 @@ CBlock_func& CBlock_func::operator<<(const CBlockFuncPtr& nested)
 CBlock_func& CBlock_func::operator<<(const CBlock_func& nested)
 {
     AddItem(new CBlock_func(nested));
+    return *this;
+}
+
+CBlock_func& CBlock_func::operator<<(CBlock_func&& nested)
+{
+    AddItem(new CBlock_func(std::move(nested)));
     return *this;
 }
 

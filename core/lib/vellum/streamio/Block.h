@@ -199,7 +199,11 @@ class CBlock_func : public CBlock_item
 public:
     CBlock_func() = default;
     explicit CBlock_func(const AString& name);
+    // A function whose name millions of items repeat (vertex, Arc): the name
+    // item is the caller's, taken without a look-up.
+    explicit CBlock_func(const CBlock_ptr<CBlock_value>& name);
     CBlock_func(const CBlock_func& other);
+    CBlock_func(CBlock_func&& other) noexcept;
     CBlock_func& operator=(const CBlock_func& other);
     ~CBlock_func() override;
 
@@ -214,6 +218,8 @@ public:
     CBlock_func& operator<<(const bool& value);
     CBlock_func& operator<<(const CBlockFuncPtr& nested);
     CBlock_func& operator<<(const CBlock_func& nested);
+    // Nests a function that is done with: its arguments move, not copied.
+    CBlock_func& operator<<(CBlock_func&& nested);
     CBlock_func& operator<<(const CBlock_named_value& named);
     // Shares a value item: a text that millions of items repeat is held once.
     CBlock_func& operator<<(const CBlock_ptr<CBlock_value>& shared);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
 using namespace io;
 
@@ -359,6 +360,48 @@ TEST(Block, FunctionsOfManyArgumentsCopyWhole)
     *last >> x >> y;
     EXPECT_EQ(x, 99);
     EXPECT_EQ(y, 49.5);
+}
+
+// A function nested by move, or named by a shared item, writes what a copy
+// named by its text writes; the moved-from function is left empty and usable.
+TEST(Block, MovedAndSharedNameFunctionsWriteAsCopies)
+{
+    const CBlock_ptr<CBlock_value> vertexName(new CBlock_value(AString(L"vertex")));
+    CBlock_func copied(L"Path"), moved(L"Path");
+    std::mt19937 random(3);
+    std::uniform_int_distribution<int> count(0, 12);
+    for (int i = 0; i < 40; ++i)
+    {
+        CBlock_func a(L"vertex");
+        CBlock_func b(vertexName);
+        const int n = count(random);
+        for (int k = 0; k < n; ++k)
+        {
+            a << k * 0.25;
+            b << k * 0.25;
+            if (k % 5 == 4)
+            {
+                a << CBlock_func(L"Arc");
+                b << CBlock_func(L"Arc");
+            }
+        }
+        copied << a;
+        moved << std::move(b);
+        EXPECT_EQ(b.GetArgumentCount(), 0u);
+        EXPECT_TRUE(b.Name().empty());
+        b << 1; // a moved-from function takes arguments again
+        EXPECT_EQ(b.GetArgumentCount(), 1u);
+    }
+    auto* first = static_cast<CBlock_func*>(moved.GetArgumentItem(0));
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(&first->Name(), &vertexName->Text());
+    CBlock root(L"R");
+    root << copied << moved;
+    const std::string text = Text(root);
+    const size_t line = text.find('\n') + 1;
+    const size_t second = text.find('\n', line) + 1;
+    EXPECT_EQ(text.substr(line, second - line), text.substr(second, text.find('\n', second) + 1 - second));
+    EXPECT_NE(text.find("vertex(0, 0.25, 0.5, 0.75, 1, Arc()"), std::string::npos) << text;
 }
 
 TEST(Block, NamesOfSeveralLinesComeBackWhole)
