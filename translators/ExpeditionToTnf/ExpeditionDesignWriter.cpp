@@ -14,16 +14,17 @@
 using io::CBlock_func;
 using io::CBlockPtr;
 
-io::CBlock_func ExpeditionToTnf::NewVertex()
+io::CBlock_func ExpeditionToTnf::NewFunc(RepeatedName name)
 {
-    static const io::CBlock_ptr<io::CBlock_value> name(new io::CBlock_value(AString(L"vertex")));
-    return CBlock_func(name);
-}
-
-io::CBlock_func ExpeditionToTnf::NewArc()
-{
-    static const io::CBlock_ptr<io::CBlock_value> name(new io::CBlock_value(AString(L"Arc")));
-    return CBlock_func(name);
+    static const io::CBlock_ptr<io::CBlock_value> items[k_RepeatedNames] = {
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"vertex"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Arc"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Graphics"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Path"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Via"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Circle"))),
+        io::CBlock_ptr<io::CBlock_value>(new io::CBlock_value(AString(L"Polygon")))};
+    return CBlock_func(items[name]);
 }
 
 void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
@@ -34,12 +35,12 @@ void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<E
     static const io::CBlock_ptr<io::CBlock_value> mitered(new io::CBlock_value(AString(L"Radiallymitered")));
     for (const ExpeditionVertex* v : vertices)
     {
-        CBlock_func vertex = ExpeditionToTnf::NewVertex();
+        CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
         vertex << v->x << v->y << width << width << round << mitered << width;
         function << std::move(vertex);
         if (v->arcHeight != 0.0)
         {
-            CBlock_func arc = ExpeditionToTnf::NewArc();
+            CBlock_func arc = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Arc);
             arc << v->arcHeight;
             function << std::move(arc);
         }
@@ -50,7 +51,7 @@ void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<E
 // vertices uses its id and writes nothing.
 void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& outline)
 {
-    CBlock_func polygon(L"Polygon");
+    CBlock_func polygon = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
     if (ExpeditionPath* path = outline.AsPath())
     {
         polygon << ++m_NextShapeId << path->m_Width;
@@ -74,7 +75,7 @@ void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& out
                                       {rect->m_X1, rect->m_Y2}};
         for (const auto& corner : corners)
         {
-            CBlock_func vertex = ExpeditionToTnf::NewVertex();
+            CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
             vertex << corner[0] << corner[1];
             polygon << std::move(vertex);
         }
@@ -86,7 +87,7 @@ void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& out
         const geom::Polygon round(geom::Circle(geom::Point(circle->m_X, circle->m_Y), circle->m_Radius));
         for (const geom::Point& p : round.GetPoints(geom::Angle(20.0, geom::k_Degrees), true, 50))
         {
-            CBlock_func vertex = ExpeditionToTnf::NewVertex();
+            CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
             vertex << p.m_X.GetValue() << p.m_Y.GetValue();
             polygon << std::move(vertex);
         }
@@ -99,7 +100,7 @@ void ExpeditionToTnf::WriteBoardOutline(io::CBlock& block, ExpeditionShapes& out
 // A cut-out keeps its kind; one with too few vertices takes no id.
 void ExpeditionToTnf::WriteBoardCut(io::CBlock& block, ExpeditionShapes& contour)
 {
-    CBlock_func shape(L"Polygon");
+    CBlock_func shape = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
     if (ExpeditionPath* path = contour.AsPath())
     {
         if (path->m_Vertices.size() < 2)

@@ -29,10 +29,10 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
         {
             if (!trace || trace->m_Vertices.size() < 2)
                 continue;
-            CBlock_func path(L"Path");
+            CBlock_func path = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Path);
             path << ++m_NextShapeId;
             AddPathVertices(path, trace->m_Vertices, trace->m_Width);
-            CBlock_func graphics(L"Graphics");
+            CBlock_func graphics = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Graphics);
             graphics << trace->m_LayerName << std::move(path);
             entry << graphics;
         }
@@ -41,7 +41,7 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
         {
             if (!via)
                 continue;
-            CBlock_func item(L"Via");
+            CBlock_func item = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Via);
             item << ++m_NextShapeId << via->m_FromLayer << via->m_ToLayer << via->m_X << via->m_Y
                  << via->m_PadStackName << 0;
             entry << item;
@@ -61,19 +61,19 @@ void AddEdges(CBlock_func& polygon, const std::vector<geom::Arc>& edges, bool cl
 {
     for (const geom::Arc& edge : edges)
     {
-        CBlock_func vertex = ExpeditionToTnf::NewVertex();
+        CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
         vertex << edge.GetStart().m_X.GetValue() << edge.GetStart().m_Y.GetValue();
         polygon << std::move(vertex);
         if (!edge.IsSegment(edge.GetEpsilon(), nullptr))
         {
-            CBlock_func arc = ExpeditionToTnf::NewArc();
+            CBlock_func arc = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Arc);
             arc << edge.GetHeight().GetValue();
             polygon << std::move(arc);
         }
     }
     if (closed && !edges.empty())
     {
-        CBlock_func vertex = ExpeditionToTnf::NewVertex();
+        CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
         vertex << edges.back().GetEnd().m_X.GetValue() << edges.back().GetEnd().m_Y.GetValue();
         polygon << std::move(vertex);
     }
@@ -81,7 +81,7 @@ void AddEdges(CBlock_func& polygon, const std::vector<geom::Arc>& edges, bool cl
 
 CBlock_func CircleItem(int id, double width, const geom::Circle& circle)
 {
-    CBlock_func item(L"Circle");
+    CBlock_func item = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Circle);
     item << id << width << circle.GetCenter().m_X.GetValue() << circle.GetCenter().m_Y.GetValue()
          << 2.0 * circle.GetRadius().GetValue();
     return item;
@@ -94,16 +94,16 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const Expedition
     for (const auto& [layer, lines] : net.m_PlaneLines)
         for (const ExpeditionPlanePolygon& line : lines)
         {
-            CBlock_func path(L"Path");
+            CBlock_func path = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Path);
             path << ++m_NextShapeId;
             for (const geom::Point& p : line.GetPolygon().GetVertices())
             {
-                CBlock_func vertex = ExpeditionToTnf::NewVertex();
+                CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
                 vertex << p.m_X.GetValue() << p.m_Y.GetValue() << line.m_Width << line.m_Width
                        << AString(L"Round") << AString(L"Radiallymitered") << line.m_Width;
                 path << std::move(vertex);
             }
-            CBlock_func graphics(L"Graphics");
+            CBlock_func graphics = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Graphics);
             graphics << layer << std::move(path);
             entry << graphics;
         }
@@ -123,7 +123,7 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const Expeditio
             }
             const double accuracy = 1e-08;
             geom::Circle circle;
-            CBlock_func graphics(L"Graphics");
+            CBlock_func graphics = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Graphics);
             graphics << layer;
             if (shape.m_Polygon.IsCircle(accuracy, &circle))
             {
@@ -136,7 +136,7 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const Expeditio
                 (box.GetWidth().GetValue() <= accuracy && box.GetHeight().GetValue() <= accuracy) ||
                 std::fabs(shape.m_Polygon.GetArea().GetValue()) < accuracy)
                 continue; // collapsed: dropped, and it takes no id
-            CBlock_func polygon(L"Polygon");
+            CBlock_func polygon = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
             polygon << ++m_NextShapeId << shape.m_Width;
             AddEdges(polygon, shape.m_Polygon.GetEdges(), true);
             graphics << std::move(polygon);
@@ -149,7 +149,7 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
 {
     io::CBlock_stream block(entry, L"PolygonWithVoids");
     block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
-    CBlock_func outline(L"Polygon");
+    CBlock_func outline = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
     outline << ++m_NextShapeId << shape.m_Width;
     const std::vector<geom::Arc> edges = shape.m_Polygon.GetEdges();
     if (edges.size() == 1)
@@ -159,7 +159,7 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
         edges[0].GetPoints(60, true, points);
         for (const geom::Point& p : points)
         {
-            CBlock_func vertex = ExpeditionToTnf::NewVertex();
+            CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
             vertex << p.m_X.GetValue() << p.m_Y.GetValue();
             outline << std::move(vertex);
         }
@@ -187,7 +187,7 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
             voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
             continue;
         }
-        CBlock_func polygon(L"Polygon");
+        CBlock_func polygon = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
         polygon << ++m_NextShapeId << hole.m_Width;
         AddEdges(polygon, contour.GetEdges(), false);
         voids << polygon;

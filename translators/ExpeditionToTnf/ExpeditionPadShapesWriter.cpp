@@ -39,7 +39,7 @@ void ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
     {
         ExpeditionCircle* circlePtr = shape ? shape->AsCircle() : nullptr;
         VELLUM_ASSERT(circlePtr);
-        CBlock_func circle(L"Circle");
+        CBlock_func circle = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Circle);
         circle << (circlePtr ? 2.0 * circlePtr->m_Radius : 0.0);
         entry << circle;
         return;
@@ -64,7 +64,7 @@ void ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
         ExpeditionPolygon* polygon = shape ? shape->AsPolygon() : nullptr;
         if (!polygon || polygon->m_Vertices.size() < 3)
             return;
-        CBlock_func function(L"Polygon");
+        CBlock_func function = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
         AddVertices(function, polygon->m_Vertices);
         entry << function;
     }
@@ -75,12 +75,12 @@ void ExpeditionToTnf::AddVertices(CBlock_func& function, const std::vector<Exped
 {
     for (const ExpeditionVertex* v : vertices)
     {
-        CBlock_func vertex = ExpeditionToTnf::NewVertex();
+        CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
         vertex << v->x << v->y;
         function << std::move(vertex);
         if (v->arcHeight != 0.0)
         {
-            CBlock_func arc = ExpeditionToTnf::NewArc();
+            CBlock_func arc = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Arc);
             arc << v->arcHeight;
             function << std::move(arc);
         }
@@ -111,7 +111,7 @@ CBlockPtr ExpeditionToTnf::WritePadShapes(ElementList& elements)
             }
     }
     CBlock_func nullPad(L"'NULLPAD'");
-    CBlock_func circle(L"Circle");
+    CBlock_func circle = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Circle);
     circle << 0.0;
     nullPad << circle;
     *block << nullPad;

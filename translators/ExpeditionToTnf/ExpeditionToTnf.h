@@ -100,10 +100,20 @@ public:
     static AString ComponentPrefix(const ExpeditionComponent& component);
 
     // Pieces shared by the writers.
-    // An empty vertex(...) or Arc(...): a layout repeats these names millions
-    // of times, and each is held once for the whole file.
-    static io::CBlock_func NewVertex();
-    static io::CBlock_func NewArc();
+    // An empty function of a name that a layout repeats millions of times;
+    // each such name is held once for the whole file.
+    enum RepeatedName
+    {
+        k_Vertex,
+        k_Arc,
+        k_Graphics,
+        k_Path,
+        k_Via,
+        k_Circle,
+        k_Polygon,
+        k_RepeatedNames
+    };
+    static io::CBlock_func NewFunc(RepeatedName name);
     static void AddVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices);
     // vertex(x, y, w, w, "Round", "Radiallymitered", w) per vertex of a line.
     static void AddPathVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
