@@ -9,10 +9,9 @@
 //   every result lies in the box of its operands (grown by the offset),
 //   no outline of a result runs clockwise, no region has negative area,
 //   a shrink has no more area than A and an expansion no less.
-// A broken identity aborts, so that libFuzzer keeps the input, but only with
-// TNF_FUZZ_STRICT_GEOMETRY set, as fuzz-long sets it: open findings
-// (fuzz/findings) break them still, and the smoke run in CI looks for
-// crashes, hangs and sanitizer reports alone until they are fixed.
+// A broken identity aborts, so that libFuzzer keeps the input; the seed
+// corpus holds the inputs of earlier findings, so that the smoke run replays
+// them.
 #include "lib/math/geometry/Polygon.h"
 #include "lib/math/geometry/PolygonWithHoles.h"
 #include "lib/math/geometry/PolygonWithHolesCollection.h"
@@ -49,12 +48,8 @@ private:
 
 const Unit k_Accuracy(1e-6);
 
-const bool g_Strict = std::getenv("TNF_FUZZ_STRICT_GEOMETRY") != nullptr;
-
 void Fail(const char* what, double a, double b)
 {
-    if (!g_Strict)
-        return;
     std::fprintf(stderr, "geometry invariant broken: %s (%.17g against %.17g)\n", what, a, b);
     std::abort();
 }
