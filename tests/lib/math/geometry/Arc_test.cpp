@@ -4,6 +4,7 @@
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/Arc.h"
 #include "lib/math/geometry/Transformation.h"
+#include "lib/math/geometry/Triangle.h"
 
 #include <gtest/gtest.h>
 
@@ -602,4 +603,18 @@ TEST(Arcs, ASegmentAsShortAsTheAccuracyTouchesAtAPoint)
         EXPECT_TRUE(edge.IntersectsWith(found.first.m_Value.GetStart(), accuracy)) << i;
         EXPECT_TRUE(tiny.IntersectsWith(found.first.m_Value.GetStart(), accuracy)) << i;
     }
+}
+
+TEST(Arcs, ThreePointsAlmostInLineHaveACircle)
+{
+    // The three points turn, exactly, but so little that the directions of
+    // two side bisectors round to parallel: no centre is sought where the
+    // lines don't meet, and the circle is the one on the longest side.
+    const Point a(8.6511472273633103, 9.9436961646053099), b(9.9808103093054719, -7.4375110445538795),
+        c(1.6328923246855673, 101.68553991946217);
+    Circumference circle;
+    EXPECT_FALSE(Asserts([&] { circle = Triangle(a, b, c).GetCircumscribedCircle(); }));
+    const double longest = std::sqrt(b.GetDistanceSquareTo(c).GetValue());
+    EXPECT_TRUE(std::isfinite(circle.GetRadius().GetValue()));
+    EXPECT_GE(circle.GetRadius().GetValue(), longest / 2 * (1 - 1e-12));
 }
