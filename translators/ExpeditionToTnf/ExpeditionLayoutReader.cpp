@@ -54,8 +54,7 @@ void ExpeditionParser::ReadLayout(ElementList& elements)
 
 void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& elements, bool hasPlanesFile)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     AString token;
     int level = 0;
@@ -114,7 +113,10 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
         AString cellName;
         stream >> cellName;
         if (m_Diagnostics)
+        {
             stream.MarkRecord();
+            m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_CellName, cellName, stream);
+        }
         NextToken(stream, token);
         if (IsKeyword_G(token, L"PID"))
         {
@@ -134,6 +136,8 @@ void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& toke
         std::vector<ExpeditionAttribute> attributes;
         ReadPlacedCellBody(stream, token, level, factor, state, options, pins, shapes, texts, attributes,
                            elements);
+        if (m_Diagnostics && !IsKeyword_G(options, L"NOT_PLACED"))
+            m_Diagnostics->ComponentInJob(pins);
         const size_t missingBefore = m_MissingCells.size();
         const AString referenceDesignator = m_Diagnostics ? ReferenceDesignatorOf(texts) : AString();
         MakeComponent(cellName, options, state, factor, pins, shapes, texts, attributes, elements);

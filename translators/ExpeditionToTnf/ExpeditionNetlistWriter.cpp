@@ -7,6 +7,7 @@
 // component all answer to that name, which is worth a warning.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
 #include <unordered_map>
@@ -102,6 +103,10 @@ void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& lay
             continue;
         const AString refDes = RefDesOrNextFree(*component, true, counter);
         const AString partNumber = component->TextOfType(L"PARTNO", true);
+        if (m_Diagnostics && !partNumber.empty() &&
+            !m_Diagnostics->IsNameGiven(ExpeditionDiagnostics::k_PartDefined, partNumber))
+            m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_PartNumber, partNumber,
+                                      "component " + ExpeditionDiagnostics::Text(refDes));
         CBlockPtr instance(L"Compinst");
         AString type;
         type.Format(L"Component%d", index++);
@@ -138,6 +143,9 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
             static const NetlistPins::Pin none;
             const auto found = pins.m_Pins.find(text);
             const NetlistPins::Pin& known = found == pins.m_Pins.end() ? none : found->second;
+            if (m_Diagnostics && found == pins.m_Pins.end())
+                m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_NetPin, text,
+                                          "net \"" + ExpeditionDiagnostics::Text(name) + "\"");
             AString refDes = known.m_RefDes;
             if (refDes.empty())
                 refDes = text.substr(0, text.find(L'-', 0));
@@ -159,6 +167,8 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
             }
         }
         block << net;
+        if (m_Diagnostics)
+            ++m_Diagnostics->InFile().m_Nets;
     }
 }
 

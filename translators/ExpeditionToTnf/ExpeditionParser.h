@@ -358,6 +358,8 @@ private:
     // The records of Cell.hkp.
     void ReadCellRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
     static void SkipDimensionSettings(io::CToken_istream& stream);
+    static void ReportSwallowedLines(ExpeditionDiagnostics& diagnostics, const io::CToken_istream& stream,
+                                     size_t from);
 
     // The records of Padstack.hkp.
     void ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
