@@ -19,17 +19,17 @@
 
 namespace
 {
-const char* const k_Usage =
-    "Usage: ExpeditionCheck [--json] [--strict] <job-directory>\n"
-    "\n"
-    "Reads the Expedition job as ExpeditionToTnf does and reports, per file, the lines\n"
-    "read and skipped, every place where data is lost (file:line), and what reaches\n"
-    "the neutral file per conductive layer.\n"
-    "\n"
-    "  --json     the report as one JSON document\n"
-    "  --strict   exit status 1 when anything was lost\n"
-    "  --help     this text\n"
-    "  --version  the program's version\n";
+const char* const k_Usage = "Usage: ExpeditionCheck [--json] [--strict] <job-directory>\n"
+                            "\n"
+                            "Reads and writes the Expedition job as ExpeditionToTnf does, without writing a\n"
+                            "file, and reports per file the lines read and skipped, every place where data\n"
+                            "is lost (file:line), and what the job holds against what reaches the neutral\n"
+                            "file, per conductive layer.\n"
+                            "\n"
+                            "  --json     the report as one JSON document\n"
+                            "  --strict   exit status 1 when anything was lost\n"
+                            "  --help     this text\n"
+                            "  --version  the program's version\n";
 
 // The neutral file's text goes nowhere; its size is kept.
 class CountingStream : public io::CAbstract_ostream
