@@ -202,7 +202,8 @@ void ExpeditionParser::ReportSwallowedLines(ExpeditionDiagnostics& diagnostics,
             if (swallowed++ == 0)
             {
                 firstLine = stream.LineOf(start);
-                const size_t word = line.find_first_not_of(" \t.");
+                // A line of dots alone has no keyword.
+                const size_t word = std::min(line.find_first_not_of(" \t."), line.size());
                 firstKeyword = std::string(line.substr(word, line.find_first_of(" \t\r", word) - word));
             }
         }

@@ -205,6 +205,22 @@ TEST(CheckedRun, RecordsCutShortByTheRecordBeforeThem)
     plain.Write("Cell.hkp", tidy);
     const CheckedRun clean(plain.Dir(), true);
     EXPECT_EQ(clean.Events("section-cut-short").size(), 1u); // TP_ASSIGNMENT_SECTION only
+
+    // A line of dots alone among the lines passed over is a record without a
+    // keyword.
+    ExpeditionDiagnostics diagnostics;
+    ExpeditionParser parser(AString(L"/nonexistent-job-directory"));
+    parser.m_Diagnostics = &diagnostics;
+    ElementList elements;
+    io::CToken_istream stream(
+        std::string(".FILETYPE CELL_LIBRARY\n.PACKAGE_CELL \"A\"\n..DIMENSION_SETTINGS\n..\n"
+                    "...UNITS MM\n..PIN \"1\"\n"),
+        AString(L"Cell.hkp"));
+    parser.ReadCells(stream, elements);
+    ASSERT_EQ(diagnostics.GetEvents().size(), 1u);
+    EXPECT_EQ(diagnostics.GetEvents()[0].m_Line, 3u);
+    EXPECT_NE(diagnostics.GetEvents()[0].m_Text.find("passes over 1 records"), std::string::npos);
+    DeleteOwned_G(elements);
 }
 
 TEST(CheckedRun, CountsOfTheJobAgainstThoseOfTheFile)
