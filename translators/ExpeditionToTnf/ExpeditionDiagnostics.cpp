@@ -213,7 +213,7 @@ const char* const k_UnresolvedKinds[] = {
 const char* const k_Consequence[] = {
     "the padstack refers to a pad shape that the file does not define",
     "the padstack refers to a pad shape that the file does not define",
-    "what names it refers to a padstack that the file does not define",
+    "the pin or via refers to a padstack that the file does not define",
     "the component refers to a footprint that the file does not define",
     "the component's properties carry no value or type from the part database",
     "the component's properties carry no value or type from the part database",
@@ -286,7 +286,7 @@ void ExpeditionDiagnostics::AssertFailed(const char* file, int line, const char*
     std::string where;
     size_t whereLine = 0;
     Where(where, whereLine);
-    const std::string during = m_Stream  ? std::string(" while reading this record")
+    const std::string during = m_Stream  ? std::string(" while reading up to this line")
                                : m_Block ? std::string(" while writing the ") + m_Block + " block"
                                          : std::string();
     Report(where, whereLine, "assertion-failed",

@@ -135,6 +135,9 @@ TEST(CheckedRun, WritersNameWhatTheyCannotResolveWhereItWasGiven)
     job.Write("Cell.hkp", cells);
     std::string layout = job.Text("Layout.hkp");
     Replace(layout, "..TEXT \"LDO-3V3-SOIC8\"", "..TEXT \"NO-SUCH-PART\"");
+    // A second REF_DES text: the netlist names J1's pins by the first, the
+    // writer knows them by the last.
+    Replace(layout, "..TEXT \"J1\"\n", "..TEXT \"J9\"\n...TEXT_TYPE REF_DES\n..TEXT \"J1\"\n");
     job.Write("Layout.hkp", layout);
 
     const CheckedRun run(job.Dir(), true);
@@ -150,6 +153,10 @@ TEST(CheckedRun, WritersNameWhatTheyCannotResolveWhereItWasGiven)
               std::vector<std::string>{At("Layout.hkp", LineHolding(layout, "NO-SUCH-PART"))});
     EXPECT_NE(run.TextOf("unresolved-part-number").find("component U"), std::string::npos)
         << run.TextOf("unresolved-part-number");
+    const std::vector<std::string> pins = run.Events("unresolved-pin");
+    ASSERT_FALSE(pins.empty());
+    EXPECT_NE(run.TextOf("unresolved-pin").find("Pin \"J9-"), std::string::npos)
+        << run.TextOf("unresolved-pin");
     // Both failed assertions stand behind their record, where the reader
     // meets the next one: the pad without a shape, and the debugging guard.
     EXPECT_EQ(
