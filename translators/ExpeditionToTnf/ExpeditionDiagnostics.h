@@ -1,13 +1,15 @@
-// ExpeditionDiagnostics.h - what a read of a job drops or changes, and where.
+// ExpeditionDiagnostics.h - what a run over a job drops or changes, and where.
 //
 // The translator is silent by design: an unknown keyword costs its line, a
 // trace without a net vanishes, a placed cell whose cell is missing is left
-// out. A reader that has a sink reports each such place as an event: the
-// file, the line, a stable kind for programs and a short sentence for people.
-// Lines that are skipped are tallied per file and keyword, with their first
-// few lines, since a large job skips millions of them. The translator runs
-// without a sink: every report is behind a null test, and nothing it writes
-// depends on one.
+// out, a pad that a padstack names and nobody defines is written as a name
+// that refers to nothing. A reader or writer that has a sink reports each
+// such place as an event: the file, the line, a stable kind for programs and
+// a short sentence for people. Lines that are skipped are tallied per file
+// and keyword, with their first few lines, since a large job skips millions
+// of them; what the job holds and what the file gets are counted. The
+// translator runs without a sink: every report is behind a null test, and
+// nothing it writes depends on one.
 #pragma once
 
 #include "core/lib/vellum/AString.h"
@@ -135,8 +137,8 @@ public:
     void ComponentInJob(const std::vector<ExpeditionPin*>& pins);
 
     // Failed assertions go to this sink, as events at the position of the
-    // record being read or the block being written, while Listen is in
-    // force; each assertion site is reported once, with how often it failed.
+    // record being read or the block being written, while a listener is
+    // in force; each assertion site is reported once, with how often it failed.
     class AssertListener
     {
     public:
