@@ -603,10 +603,40 @@ public:
 
 // A plane contour with the width of the pen that drew it; 0.0 where the pen
 // has been worked into the contour.
-struct ExpeditionPlanePolygon
+//
+// The plane of a large board has hundreds of thousands of voids, nearly all
+// of them circles, boxes and obrounds around the pads and vias of other nets.
+// A contour of so few edges is held as its edges alone, shared by the copies
+// that the outlines and the shapes with voids keep, and it becomes a polygon
+// again, the same edge for edge, only for the moment a caller needs one. A
+// contour of more edges is held as the polygon it is.
+class ExpeditionPlanePolygon
 {
-    ExpeditionPlanePolygon(const geom::Polygon& polygon, double width) : m_Polygon(polygon), m_Width(width) {}
-    geom::Polygon m_Polygon;
+public:
+    ExpeditionPlanePolygon(const geom::Polygon& polygon, double width);
+    ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other);
+    ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept;
+    ExpeditionPlanePolygon& operator=(ExpeditionPlanePolygon other) noexcept;
+    ~ExpeditionPlanePolygon();
+
+    // The contour as a polygon.
+    geom::Polygon GetPolygon() const;
+    // Its box, without the polygon.
+    geom::Box GetBBox() const;
+    // Whether it is held as its edges alone.
+    bool IsHeldAsEdges() const { return m_Edges != nullptr; }
+
+private:
+    // The edges of a contour of few, in one block with the count of their
+    // users and their number.
+    struct Edges;
+    static Edges* TakeApart(const geom::Polygon& polygon);
+    static const geom::Arc* EdgesOf(const Edges* edges);
+
+    geom::Polygon m_Polygon;  // a contour of many edges; none otherwise
+    Edges* m_Edges = nullptr; // the edges of a contour of few, shared by the copies
+
+public:
     double m_Width;
 };
 

@@ -5,12 +5,13 @@
 // written takes none.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+
 #include "lib/math/geometry/Circle.h"
 
 #include <cmath>
 
 using io::CBlock_func;
-using io::CBlockPtr;
 
 void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& layout)
 {
@@ -20,8 +21,10 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
         ExpeditionLayoutNet* net = element->AsLayoutNet();
         if (!net)
             continue;
-        CBlockPtr entry(L"LayoutNet");
-        *entry << io::CBlock_named_value(L"Name", io::CBlock_value(net->m_Name));
+        // The entry goes to the file item by item: the plane of a large board
+        // has hundreds of thousands of voids, which are never held as a tree.
+        io::CBlock_stream entry(block, L"LayoutNet");
+        entry << io::CBlock_named_value(L"Name", io::CBlock_value(net->m_Name));
         for (const ExpeditionTrace* trace : net->m_Traces)
         {
             if (!trace || trace->m_Vertices.size() < 2)
@@ -31,9 +34,11 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             AddPathVertices(path, trace->m_Vertices, trace->m_Width);
             CBlock_func graphics(L"Graphics");
             graphics << trace->m_LayerName << path;
-            *entry << graphics;
+            entry << graphics;
+            if (m_Diagnostics)
+                ++m_Diagnostics->InFile().m_Traces[ExpeditionDiagnostics::LayerKey(trace->m_LayerName)];
         }
-        WritePlaneLines(*entry, *net);
+        WritePlaneLines(entry, *net);
         for (const ExpeditionVia* via : net->m_Vias)
         {
             if (!via)
@@ -41,12 +46,17 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             CBlock_func item(L"Via");
             item << ++m_NextShapeId << via->m_FromLayer << via->m_ToLayer << via->m_X << via->m_Y
                  << via->m_PadStackName << 0;
-            *entry << item;
+            entry << item;
+            if (m_Diagnostics)
+            {
+                ++m_Diagnostics->InFile().m_Vias;
+                CheckPadStackWritten(via->m_PadStackName, via->m_PadStackName,
+                                     "a via of net \"" + ExpeditionDiagnostics::Text(net->m_Name) + "\"");
+            }
         }
-        WritePlaneShapes(*entry, *net);
-        block << entry;
+        WritePlaneShapes(entry, *net);
+        entry.Close();
         // The net is in the file; nothing after this block asks for its copper.
-        entry = CBlockPtr();
         net->ReleaseCopper();
     }
 }
@@ -87,14 +97,14 @@ CBlock_func CircleItem(int id, double width, const geom::Circle& circle)
 } // namespace
 
 // Thin plane contours as paths through their vertices, without arcs.
-void ExpeditionToTnf::WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutNet& net)
+void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const ExpeditionLayoutNet& net)
 {
     for (const auto& [layer, lines] : net.m_PlaneLines)
         for (const ExpeditionPlanePolygon& line : lines)
         {
             CBlock_func path(L"Path");
             path << ++m_NextShapeId;
-            for (const geom::Point& p : line.m_Polygon.GetVertices())
+            for (const geom::Point& p : line.GetPolygon().GetVertices())
             {
                 CBlock_func vertex(L"vertex");
                 vertex << p.m_X.GetValue() << p.m_Y.GetValue() << line.m_Width << line.m_Width
@@ -104,19 +114,28 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock& entry, const ExpeditionLayoutN
             CBlock_func graphics(L"Graphics");
             graphics << layer << path;
             entry << graphics;
+            if (m_Diagnostics)
+                ++m_Diagnostics->InFile().m_PlaneOutlines[ExpeditionDiagnostics::LayerKey(layer)];
         }
 }
 
 // A shape with voids is always written, its outline open; one without voids
 // is a circle, or a closed polygon unless it has collapsed to nothing.
-void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayoutNet& net)
+void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const ExpeditionLayoutNet& net)
 {
     for (const auto& [layer, shapes] : net.m_PlaneShapes)
         for (const ExpeditionPlaneShape& shape : shapes)
         {
+            if (m_Diagnostics)
+            {
+                ExpeditionDiagnostics::Counts& written = m_Diagnostics->InFile();
+                const std::string key = ExpeditionDiagnostics::LayerKey(layer);
+                written.m_PlaneVoids[key] += shape.m_Voids.size();
+                ++written.m_PlaneOutlines[key];
+            }
             if (!shape.m_Voids.empty())
             {
-                entry << WritePolygonWithVoids(layer, shape);
+                WritePolygonWithVoids(entry, layer, shape);
                 continue;
             }
             const double accuracy = 1e-08;
@@ -133,7 +152,11 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayout
             if (shape.m_Polygon.IsSegment(accuracy, nullptr) ||
                 (box.GetWidth().GetValue() <= accuracy && box.GetHeight().GetValue() <= accuracy) ||
                 std::fabs(shape.m_Polygon.GetArea().GetValue()) < accuracy)
+            {
+                if (m_Diagnostics)
+                    --m_Diagnostics->InFile().m_PlaneOutlines[ExpeditionDiagnostics::LayerKey(layer)];
                 continue; // collapsed: dropped, and it takes no id
+            }
             CBlock_func polygon(L"Polygon");
             polygon << ++m_NextShapeId << shape.m_Width;
             AddEdges(polygon, shape.m_Polygon.GetEdges(), true);
@@ -142,10 +165,11 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock& entry, const ExpeditionLayout
         }
 }
 
-CBlockPtr ExpeditionToTnf::WritePolygonWithVoids(const AString& layer, const ExpeditionPlaneShape& shape)
+void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AString& layer,
+                                            const ExpeditionPlaneShape& shape)
 {
-    CBlockPtr block(L"PolygonWithVoids");
-    *block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
+    io::CBlock_stream block(entry, L"PolygonWithVoids");
+    block << io::CBlock_named_value(L"Layer", io::CBlock_value(layer));
     CBlock_func outline(L"Polygon");
     outline << ++m_NextShapeId << shape.m_Width;
     const std::vector<geom::Arc> edges = shape.m_Polygon.GetEdges();
@@ -163,21 +187,20 @@ CBlockPtr ExpeditionToTnf::WritePolygonWithVoids(const AString& layer, const Exp
     }
     else
         AddEdges(outline, edges, false);
-    *block << outline;
-    CBlockPtr voids(L"voids");
+    block << outline;
+    io::CBlock_stream voids(block, L"voids");
     for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
     {
         geom::Circle circle;
-        if (hole.m_Polygon.IsCircle(hole.m_Polygon.GetEpsilon(), &circle))
+        const geom::Polygon contour = hole.GetPolygon();
+        if (contour.IsCircle(contour.GetEpsilon(), &circle))
         {
-            *voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
+            voids << CircleItem(++m_NextShapeId, hole.m_Width, circle);
             continue;
         }
         CBlock_func polygon(L"Polygon");
         polygon << ++m_NextShapeId << hole.m_Width;
-        AddEdges(polygon, hole.m_Polygon.GetEdges(), false);
-        *voids << polygon;
+        AddEdges(polygon, contour.GetEdges(), false);
+        voids << polygon;
     }
-    *block << voids;
-    return block;
 }

@@ -7,8 +7,10 @@
 // component all answer to that name, which is worth a warning.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
+#include <string>
 #include <unordered_map>
 
 using io::CBlock_func;
@@ -26,15 +28,44 @@ void AddTextProp(io::CBlock& properties, const wchar_t* name, const AString& val
 } // namespace
 
 // What pass 1 leaves for pass 2: per pin text its indices and its reference
-// designator.
+// designator. A large board has hundreds of thousands of pins, so the texts
+// are held as bytes, the designators once per component, and the one index
+// that nearly every pin has in place.
 struct ExpeditionToTnf::NetlistPins
 {
     struct Pin
     {
-        std::vector<int> m_Indices;
-        AString m_RefDes;
+        size_t m_RefDes = 0; // in m_RefDesTexts
+        int m_First = -1;    // the first index, -1 for none
+        std::vector<int> m_More;
     };
-    std::unordered_map<std::wstring, Pin> m_Pins;
+    // The text as bytes, one to a code unit; a code unit beyond a byte, which
+    // no file gives but a program could, becomes a marker byte and its four
+    // bytes, so that two texts are equal as keys only when they are equal.
+    static void AppendKey(std::string& key, const AString& text)
+    {
+        for (wchar_t ch : text)
+        {
+            const auto unit = static_cast<unsigned long>(ch);
+            if (unit < 0xFF)
+            {
+                key.push_back(static_cast<char>(unit));
+                continue;
+            }
+            key.push_back(static_cast<char>(0xFF));
+            for (int shift = 24; shift >= 0; shift -= 8)
+                key.push_back(static_cast<char>((unit >> shift) & 0xFF));
+        }
+    }
+    static std::string Key(const AString& text)
+    {
+        std::string key;
+        key.reserve(text.size());
+        AppendKey(key, text);
+        return key;
+    }
+    std::unordered_map<std::string, Pin> m_Pins;
+    std::vector<AString> m_RefDesTexts;
 };
 
 // The part values by part number without regard to case, those of one number
@@ -92,6 +123,11 @@ void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& lay
     // the pins stays until the nets are written.
     io::CBlock_stream block(layoutCell, L"Netlist");
     NetlistPins pins;
+    size_t pinCount = 0;
+    for (ExpeditionBaseElement* element : elements)
+        if (const ExpeditionComponent* component = element->AsComponent())
+            pinCount += component->m_Pins.size();
+    pins.m_Pins.reserve(pinCount);
     const PartValuesIndex partValues(m_PartValues);
     int counter = 0;
     int index = 0;
@@ -102,6 +138,10 @@ void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& lay
             continue;
         const AString refDes = RefDesOrNextFree(*component, true, counter);
         const AString partNumber = component->TextOfType(L"PARTNO", true);
+        if (m_Diagnostics && !partNumber.empty() &&
+            !m_Diagnostics->IsNameGiven(ExpeditionDiagnostics::k_PartDefined, partNumber))
+            m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_PartNumber, partNumber,
+                                      "component " + ExpeditionDiagnostics::Text(refDes));
         CBlockPtr instance(L"Compinst");
         AString type;
         type.Format(L"Component%d", index++);
@@ -109,11 +149,20 @@ void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& lay
         function << type;
         *instance << function << WriteComponentProperties(*component, partNumber, partValues);
         block << instance;
+        pins.m_RefDesTexts.push_back(refDes);
+        std::string key;
         for (size_t p = 0; p < component->m_Pins.size(); ++p)
         {
-            NetlistPins::Pin& pin = pins.m_Pins[refDes + L"-" + component->m_Pins[p]->m_Name];
-            pin.m_Indices.push_back(static_cast<int>(p));
-            pin.m_RefDes = refDes;
+            key.clear();
+            NetlistPins::AppendKey(key, refDes);
+            key.push_back('-');
+            NetlistPins::AppendKey(key, component->m_Pins[p]->m_Name);
+            NetlistPins::Pin& pin = pins.m_Pins[key];
+            if (pin.m_First < 0)
+                pin.m_First = static_cast<int>(p);
+            else
+                pin.m_More.push_back(static_cast<int>(p));
+            pin.m_RefDes = pins.m_RefDesTexts.size() - 1;
         }
     }
     WriteNets(elements, pins, block);
@@ -135,14 +184,16 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
         *net << signal;
         for (const AString& text : netlist->m_Pins)
         {
-            static const NetlistPins::Pin none;
-            const auto found = pins.m_Pins.find(text);
-            const NetlistPins::Pin& known = found == pins.m_Pins.end() ? none : found->second;
-            AString refDes = known.m_RefDes;
+            const auto found = pins.m_Pins.find(NetlistPins::Key(text));
+            const NetlistPins::Pin* known = found == pins.m_Pins.end() ? nullptr : &found->second;
+            AString refDes = known ? pins.m_RefDesTexts[known->m_RefDes] : AString();
+            if (m_Diagnostics && !known)
+                m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_NetPin, text,
+                                          "net \"" + ExpeditionDiagnostics::Text(name) + "\"");
             if (refDes.empty())
                 refDes = text.substr(0, text.find(L'-', 0));
-            const std::vector<int>& indices = known.m_Indices;
-            if (indices.size() >= 2 && !warned)
+            const size_t count = known && known->m_First >= 0 ? 1 + known->m_More.size() : 0;
+            if (count >= 2 && !warned)
             {
                 warned = true;
                 ExpeditionUi::ShowMessage_G(
@@ -151,14 +202,19 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
                             L"You may want to set a unique name for each pin in these components\n"
                             L"and re-translate the design."));
             }
-            for (int pinIndex : indices)
+            for (size_t i = 0; i < count; ++i)
             {
-                AString pin;
-                pin.Format(L"%s.%d", refDes.c_str(), pinIndex);
+                // "refdes.index", as %s.%d prints it: the designator up to a
+                // NUL that a hostile file may have put in it.
+                AString pin(refDes.c_str());
+                pin += L'.';
+                pin += std::to_wstring(i == 0 ? known->m_First : known->m_More[i - 1]);
                 *net << io::CBlock_named_value(L"NetPin", io::CBlock_value(pin));
             }
         }
         block << net;
+        if (m_Diagnostics)
+            ++m_Diagnostics->InFile().m_Nets;
     }
 }
 

@@ -16,6 +16,9 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <new>
+#include <optional>
+#include <utility>
 
 namespace
 {
@@ -53,17 +56,18 @@ public:
         }
     }
 
-    // Indices, ascending, of the boxes that may hold the point.
-    std::vector<size_t> Candidates(const geom::Point& p) const
+    // Indices, ascending, of the boxes that may hold the point. The list is
+    // the grid's own and holds until the next call.
+    const std::vector<size_t>& Candidates(const geom::Point& p) const
     {
-        std::vector<size_t> found = m_Large;
+        m_Found = m_Large;
         if (!m_All.IsEmpty())
         {
             const auto& cell = m_Grid[Cell(p.m_X.GetValue(), true) * m_Cells + Cell(p.m_Y.GetValue(), false)];
-            found.insert(found.end(), cell.begin(), cell.end());
+            m_Found.insert(m_Found.end(), cell.begin(), cell.end());
         }
-        std::sort(found.begin(), found.end());
-        return found;
+        std::sort(m_Found.begin(), m_Found.end());
+        return m_Found;
     }
 
 private:
@@ -86,6 +90,7 @@ private:
     size_t m_Cells = 1;
     std::vector<std::vector<size_t>> m_Grid;
     std::vector<size_t> m_Large;
+    mutable std::vector<size_t> m_Found;
 };
 
 // Whether inner's box lies in outer's, with room for the accuracy of the
@@ -105,6 +110,103 @@ geom::Point BoxCentre(const geom::Box& box)
 }
 } // namespace
 
+namespace
+{
+// The most edges of a contour that is held as its edges: a circle has one, a
+// box four, an obround four, a rounded box eight.
+constexpr int k_FewEdges = 8;
+
+} // namespace
+
+struct ExpeditionPlanePolygon::Edges
+{
+    unsigned m_Users;
+    unsigned m_Count;
+};
+const geom::Arc* ExpeditionPlanePolygon::EdgesOf(const Edges* edges)
+{
+    static_assert(sizeof(Edges) % alignof(geom::Arc) == 0, "the edges follow the header");
+    return std::launder(
+        reinterpret_cast<const geom::Arc*>(reinterpret_cast<const unsigned char*>(edges) + sizeof(Edges)));
+}
+
+// The edges of a contour of few edges, or null. Only a chain that builds a
+// polygon again without complaint is taken apart: the polygon of its edges is
+// then the same, edge for edge.
+ExpeditionPlanePolygon::Edges* ExpeditionPlanePolygon::TakeApart(const geom::Polygon& polygon)
+{
+    const int count = polygon.GetEdgeCount();
+    if (count < 1 || count > k_FewEdges || polygon.GetOpenClosed() != geom::k_Closed)
+        return nullptr;
+    const std::vector<geom::Arc> edges = polygon.GetEdges();
+    if (!geom::IsPolyArcSequence_G(edges, geom::k_Closed))
+        return nullptr;
+    unsigned char* storage =
+        static_cast<unsigned char*>(::operator new(sizeof(Edges) + edges.size() * sizeof(geom::Arc)));
+    Edges* block = new (storage) Edges{1, static_cast<unsigned>(edges.size())};
+    for (size_t i = 0; i < edges.size(); ++i)
+        new (storage + sizeof(Edges) + i * sizeof(geom::Arc)) geom::Arc(edges[i]);
+    return block;
+}
+
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, double width)
+    : m_Polygon(geom::PolyArc(), false), m_Edges(TakeApart(polygon)), m_Width(width)
+{
+    if (!m_Edges)
+        m_Polygon = polygon;
+}
+
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other)
+    : m_Polygon(other.m_Polygon), m_Edges(other.m_Edges), m_Width(other.m_Width)
+{
+    if (m_Edges)
+        ++m_Edges->m_Users;
+}
+
+ExpeditionPlanePolygon::ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept
+    : m_Polygon(other.m_Polygon), m_Edges(std::exchange(other.m_Edges, nullptr)), m_Width(other.m_Width)
+{
+}
+
+ExpeditionPlanePolygon& ExpeditionPlanePolygon::operator=(ExpeditionPlanePolygon other) noexcept
+{
+    std::swap(m_Polygon, other.m_Polygon);
+    std::swap(m_Edges, other.m_Edges);
+    m_Width = other.m_Width;
+    return *this;
+}
+
+ExpeditionPlanePolygon::~ExpeditionPlanePolygon()
+{
+    if (!m_Edges || --m_Edges->m_Users > 0)
+        return;
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
+        edges[i].~Arc();
+    m_Edges->~Edges();
+    ::operator delete(static_cast<void*>(m_Edges));
+}
+
+geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
+{
+    if (!m_Edges)
+        return m_Polygon;
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    return geom::Polygon(std::vector<geom::Arc>(edges, edges + m_Edges->m_Count), false);
+}
+
+geom::Box ExpeditionPlanePolygon::GetBBox() const
+{
+    if (!m_Edges)
+        return m_Polygon.GetBBox();
+    // The hull of the edges' boxes, which is what the polygon's tree holds.
+    geom::Box box;
+    const geom::Arc* edges = EdgesOf(m_Edges);
+    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
+        box |= edges[i].GetBBox();
+    return box;
+}
+
 void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon, const AString& layerName,
                                           bool negative)
 {
@@ -115,20 +217,20 @@ void ExpeditionLayoutNet::AddPlaneOutline(const ExpeditionPlanePolygon& polygon,
         return;
     }
     const geom::PolygonWithHolesCollection shrunk =
-        polygon.m_Polygon.Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
+        polygon.GetPolygon().Shrink(polygon.m_Width * 0.5, 1e-08, true, 0, 0.0);
     for (const geom::PolygonWithHoles& piece : shrunk.GetPolygonsWithHoles())
         outlines.emplace_back(piece.GetPolygon(), 0.0);
 }
 
 void ExpeditionLayoutNet::ResolvePlaneVoids()
 {
-    for (const auto& [layer, polygons] : m_PlaneOutlines)
+    for (auto& [layer, polygons] : m_PlaneOutlines)
     {
         const size_t n = polygons.size();
         std::vector<geom::Box> boxes;
         boxes.reserve(n);
         for (const ExpeditionPlanePolygon& p : polygons)
-            boxes.push_back(p.m_Polygon.GetBBox());
+            boxes.push_back(p.GetBBox());
         const BoxGrid grid(boxes);
 
         // Nesting depth: how many others hold this contour.
@@ -136,30 +238,39 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         for (size_t i = 0; i < n; ++i)
         {
             int depth = 0;
+            std::optional<geom::Polygon> contour; // made when a box test first lets it through
             for (size_t j : grid.Candidates(BoxCentre(boxes[i])))
-                if (j != i && BoxMayHold(boxes[j], boxes[i]) &&
-                    polygons[j].m_Polygon.GetRelation(polygons[i].m_Polygon, 1e-08) ==
-                        geom::k_OtherInsideThis)
+            {
+                if (j == i || !BoxMayHold(boxes[j], boxes[i]))
+                    continue;
+                if (!contour)
+                    contour = polygons[i].GetPolygon();
+                if (polygons[j].GetPolygon().GetRelation(*contour, 1e-08) == geom::k_OtherInsideThis)
                     ++depth;
+            }
             (depth % 2 == 1 ? voids : outlines).push_back(i);
         }
 
         // Smallest outline first, equal areas in their order.
         std::multimap<double, size_t> byArea;
         for (size_t i : outlines)
-            byArea.emplace(std::fabs(polygons[i].m_Polygon.GetArea().GetValue()), i);
+            byArea.emplace(std::fabs(polygons[i].GetPolygon().GetArea().GetValue()), i);
         const size_t size = outlines.size();
         const size_t size2 = byArea.size();
         VELLUM_ASSERT(size2 == size);
 
         // Outlines that touch themselves are cleaned first; voids are then
-        // tested against the cleaned contours.
-        std::vector<geom::Polygon> contours(n);
+        // tested against the cleaned contours. The outlines are kept by rank,
+        // their place in the sorted order: a plane of many voids has few
+        // outlines, and nothing of this is kept per void.
         std::vector<size_t> rank(n, n);
         std::vector<size_t> sorted;
+        std::vector<geom::Polygon> contours;
+        sorted.reserve(size2);
+        contours.reserve(size2);
         for (const auto& [area, i] : byArea)
         {
-            geom::Polygon contour = polygons[i].m_Polygon;
+            geom::Polygon contour = polygons[i].GetPolygon();
             if (!geom::Polygon::GetSelfIntersectionPoints(contour, 1e-09).empty())
             {
                 const auto cleaned =
@@ -167,46 +278,71 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                 if (!cleaned.empty())
                     contour = cleaned.front().GetPolygon();
             }
-            contours[i] = contour;
+            contours.push_back(contour);
             rank[i] = sorted.size();
             sorted.push_back(i);
         }
-        std::vector<geom::Box> outlineBoxes(n);
-        for (size_t i : sorted)
-            outlineBoxes[i] = contours[i].GetBBox();
+        std::vector<geom::Box> outlineBoxes;
+        outlineBoxes.reserve(contours.size());
+        for (const geom::Polygon& contour : contours)
+            outlineBoxes.push_back(contour.GetBBox());
 
         // Each void to the first outline, in the sorted order, that holds it.
-        std::vector<std::vector<ExpeditionPlanePolygon>> taken(n);
+        // The voids of an outline are counted before they are copied, so that
+        // a plane of many voids holds no spare room for more.
+        std::vector<size_t> bestOf;
+        bestOf.reserve(voids.size());
+        std::vector<size_t> voidCount(sorted.size(), 0);
         for (size_t v : voids)
         {
-            size_t best = n;
+            size_t best = n; // a rank
+            std::optional<geom::Polygon> hole;
+            const auto holds = [&](size_t r)
+            {
+                if (!hole)
+                    hole = polygons[v].GetPolygon();
+                return contours[r].GetRelation(*hole, 1e-09) == geom::k_OtherInsideThis;
+            };
             for (size_t o : grid.Candidates(BoxCentre(boxes[v])))
             {
-                if (rank[o] == n || (best != n && rank[o] >= rank[best]))
+                const size_t r = rank[o];
+                if (r == n || (best != n && r >= best))
                     continue;
-                if (BoxMayHold(outlineBoxes[o], boxes[v]) &&
-                    contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
-                    best = o;
+                if (BoxMayHold(outlineBoxes[r], boxes[v]) && holds(r))
+                    best = r;
             }
             // A contour cleaned of its self-crossings may have left its box:
             // those few outlines are tried through their own box as well.
             if (best == n)
-                for (size_t o : sorted)
+                for (size_t r = 0; r < sorted.size(); ++r)
                 {
-                    if (!BoxMayHold(outlineBoxes[o], boxes[v]) || BoxMayHold(boxes[o], boxes[v]))
+                    if (!BoxMayHold(outlineBoxes[r], boxes[v]) || BoxMayHold(boxes[sorted[r]], boxes[v]))
                         continue;
-                    if (contours[o].GetRelation(polygons[v].m_Polygon, 1e-09) == geom::k_OtherInsideThis)
+                    if (holds(r))
                     {
-                        best = o;
+                        best = r;
                         break;
                     }
                 }
+            bestOf.push_back(best);
             if (best != n)
-                taken[best].push_back(polygons[v]);
+                ++voidCount[best];
         }
+        std::vector<std::vector<ExpeditionPlanePolygon>> taken(sorted.size());
+        for (size_t r = 0; r < sorted.size(); ++r)
+            taken[r].reserve(voidCount[r]);
+        for (size_t k = 0; k < voids.size(); ++k)
+            if (bestOf[k] != n)
+                taken[bestOf[k]].push_back(polygons[voids[k]]);
         std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[layer];
-        for (size_t o : sorted)
-            shapes.emplace_back(contours[o], polygons[o].m_Width, taken[o]);
+        for (size_t r = 0; r < sorted.size(); ++r)
+        {
+            shapes.emplace_back(contours[r], polygons[sorted[r]].m_Width,
+                                std::vector<ExpeditionPlanePolygon>());
+            shapes.back().m_Voids.swap(taken[r]);
+        }
+        // The contours as read stay; only the room the reading left spare goes.
+        polygons.shrink_to_fit();
     }
 }
 
@@ -218,13 +354,13 @@ void ExpeditionLayoutNet::ResolvePlaneLines()
         const std::vector<ExpeditionPlaneShape> reference = m_PlaneShapes[layer];
         for (const ExpeditionPlanePolygon& line : lines)
         {
-            const geom::Point c = line.m_Polygon.GetBBox().GetCenter();
+            const geom::Point c = line.GetBBox().GetCenter();
             bool inVoid = false, inOutline = false;
             for (const ExpeditionPlaneShape& shape : reference)
             {
                 for (const ExpeditionPlanePolygon& hole : shape.m_Voids)
-                    if (hole.m_Polygon.GetBBox().Contains(c, 1e-08) &&
-                        hole.m_Polygon.GetRelation(c, 1e-08) == geom::k_PointInside)
+                    if (hole.GetBBox().Contains(c, 1e-08) &&
+                        hole.GetPolygon().GetRelation(c, 1e-08) == geom::k_PointInside)
                     {
                         inVoid = true;
                         break;
@@ -244,7 +380,7 @@ void ExpeditionLayoutNet::ResolvePlaneLines()
             // copper it adds nothing.
             if (inVoid || !inOutline)
             {
-                m_PlaneShapes[layer].emplace_back(line.m_Polygon, line.m_Width,
+                m_PlaneShapes[layer].emplace_back(line.GetPolygon(), line.m_Width,
                                                   std::vector<ExpeditionPlanePolygon>());
                 kept[layer].push_back(line);
             }

@@ -157,40 +157,64 @@ std::FILE* CreateExclusively(const std::string& path)
 }
 } // namespace
 
-bool ReadRegularFile_G(const std::string& path, std::string& data, std::uint64_t limit)
+std::FILE* OpenRegularFile_G(const std::string& path, std::uint64_t& size, std::uint64_t limit)
 {
-    data.clear();
+    size = 0;
 #ifdef _WIN32
     std::error_code error;
     const std::filesystem::path native = ToFileSystemPath_G(path);
     if (!std::filesystem::is_regular_file(native, error))
-        return false;
-    const std::uintmax_t size = std::filesystem::file_size(native, error);
-    if (error || size > limit)
-        return false;
+        return nullptr;
+    const std::uintmax_t bytes = std::filesystem::file_size(native, error);
+    if (error || bytes > limit)
+        return nullptr;
     std::FILE* file = _wfopen(native.wstring().c_str(), L"rb");
     if (!file)
-        return false;
+        return nullptr;
+    size = bytes;
 #else
     // Opened without waiting, so that a pipe can't hold the run; only then
     // is it asked what it is.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
-        return false;
+        return nullptr;
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0 ||
         static_cast<std::uint64_t>(status.st_size) > limit)
     {
         ::close(descriptor);
-        return false;
+        return nullptr;
     }
     std::FILE* file = ::fdopen(descriptor, "rb");
     if (!file)
     {
         ::close(descriptor);
-        return false;
+        return nullptr;
     }
+    size = static_cast<std::uint64_t>(status.st_size);
 #endif
+    return file;
+}
+
+size_t ReadFileAt_G(std::FILE* file, std::uint64_t offset, char* buffer, size_t count)
+{
+#ifdef _WIN32
+    if (_fseeki64(file, static_cast<long long>(offset), SEEK_SET) != 0)
+        return 0;
+#else
+    if (::fseeko(file, static_cast<off_t>(offset), SEEK_SET) != 0)
+        return 0;
+#endif
+    return std::fread(buffer, 1, count, file);
+}
+
+bool ReadRegularFile_G(const std::string& path, std::string& data, std::uint64_t limit)
+{
+    data.clear();
+    std::uint64_t size = 0;
+    std::FILE* file = OpenRegularFile_G(path, size, limit);
+    if (!file)
+        return false;
     // Large blocks: the layout files of big boards run to hundreds of MB. A
     // file that grows while it is read is read up to the limit.
     constexpr size_t k_Block = 1 << 22;

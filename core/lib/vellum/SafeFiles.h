@@ -24,6 +24,16 @@ constexpr std::uint64_t k_MostInputBytes = std::uint64_t(8) << 30;
 // pipe, a device) or is larger than limit. Never blocks on a pipe.
 bool ReadRegularFile_G(const std::string& path, std::string& data, std::uint64_t limit = k_MostInputBytes);
 
+// Opens a regular file for reading in binary mode, under the same conditions
+// as ReadRegularFile_G, and gives its size. Null for a file that is missing,
+// can't be read, isn't a regular file or is larger than limit.
+std::FILE* OpenRegularFile_G(const std::string& path, std::uint64_t& size,
+                             std::uint64_t limit = k_MostInputBytes);
+
+// Reads count bytes at offset of a file opened by OpenRegularFile_G into
+// buffer; returns the number of bytes read, fewer at the file's end.
+size_t ReadFileAt_G(std::FILE* file, std::uint64_t offset, char* buffer, size_t count);
+
 // Creates a new file for writing in the folder of target, under a name made
 // of the target's name and a random part. Null, with path empty, if none
 // could be made. The file is registered for removal at an abnormal end.

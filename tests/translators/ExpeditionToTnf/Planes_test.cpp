@@ -74,7 +74,7 @@ TEST(Planes, OutlinesAndVoidsByNesting)
             ++withVoids;
             EXPECT_DOUBLE_EQ(Area(shape.m_Polygon), 900.0);
             ASSERT_EQ(shape.m_Voids.size(), 1u);
-            EXPECT_DOUBLE_EQ(Area(shape.m_Voids[0].m_Polygon), 400.0);
+            EXPECT_DOUBLE_EQ(Area(shape.m_Voids[0].GetPolygon()), 400.0);
         }
     EXPECT_EQ(withVoids, 1u);
     for (size_t i = 1; i < shapes.size(); ++i)
@@ -89,7 +89,7 @@ TEST(Planes, NegativePenWidthAndThinContours)
     // 9.8 by 9.8 of copper-free area.
     net.AddPlaneOutline(ExpeditionPlanePolygon(Square(0, 0, 10), 0.2), L"NEG", true);
     ASSERT_EQ(net.m_PlaneOutlines[L"NEG"].size(), 1u);
-    EXPECT_NEAR(Area(net.m_PlaneOutlines[L"NEG"][0].m_Polygon), 9.8 * 9.8, 1e-9);
+    EXPECT_NEAR(Area(net.m_PlaneOutlines[L"NEG"][0].GetPolygon()), 9.8 * 9.8, 1e-9);
     EXPECT_EQ(net.m_PlaneOutlines[L"NEG"][0].m_Width, 0.0);
     // A pen wider than the contour leaves nothing.
     net.AddPlaneOutline(ExpeditionPlanePolygon(Square(50, 0, 1), 2.0), L"NEG", true);
@@ -112,8 +112,8 @@ TEST(Planes, NegativePenWidthAndThinContours)
     net.AddPlaneLine(line(0, 0, 1, 0), L"EMPTY");  // a layer without shapes: kept
     net.ResolvePlaneLines();
     ASSERT_EQ(net.m_PlaneLines[layer].size(), 2u);
-    EXPECT_EQ(net.m_PlaneLines[layer][0].m_Polygon.GetBBox().GetMinX().GetValue(), 40.0);
-    EXPECT_EQ(net.m_PlaneLines[layer][1].m_Polygon.GetBBox().GetMinX().GetValue(), 14.0);
+    EXPECT_EQ(net.m_PlaneLines[layer][0].GetBBox().GetMinX().GetValue(), 40.0);
+    EXPECT_EQ(net.m_PlaneLines[layer][1].GetBBox().GetMinX().GetValue(), 14.0);
     EXPECT_EQ(net.m_PlaneShapes[layer].size(), 3u); // the outline and the two lines
     EXPECT_EQ(net.m_PlaneLines[L"EMPTY"].size(), 1u);
     EXPECT_EQ(net.m_PlaneShapes[L"EMPTY"].size(), 1u);

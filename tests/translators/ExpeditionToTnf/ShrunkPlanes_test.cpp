@@ -66,12 +66,12 @@ TEST(ShrunkPlanes, BothPiecesOfANeckedNegativePlaneAreOutlines)
     for (const ExpeditionPlanePolygon& piece : outlines)
     {
         // 3 x 3, and the sliver where the neck met the pad.
-        EXPECT_GT(piece.m_Polygon.GetArea().GetValue(), 9.0);
-        EXPECT_LT(piece.m_Polygon.GetArea().GetValue(), 9.02);
+        EXPECT_GT(piece.GetPolygon().GetArea().GetValue(), 9.0);
+        EXPECT_LT(piece.GetPolygon().GetArea().GetValue(), 9.02);
         EXPECT_EQ(piece.m_Width, 0.0);
     }
-    EXPECT_LT(outlines[0].m_Polygon.GetBBox().GetMaxX().GetValue(), 5.0);
-    EXPECT_GT(outlines[1].m_Polygon.GetBBox().GetMinX().GetValue(), 5.0);
+    EXPECT_LT(outlines[0].GetBBox().GetMaxX().GetValue(), 5.0);
+    EXPECT_GT(outlines[1].GetBBox().GetMinX().GetValue(), 5.0);
 }
 
 using ShrunkPlanesInFile = JobFixture;

@@ -156,61 +156,187 @@ void CAbstract_ostream::FlushBuffer()
 
 // ----------------------------------------------------------------- input
 
-bool CAbstract_istream::NextTokenText(std::string_view& text, bool& quoted)
+void CAbstract_istream::SetData(std::string data)
 {
-    const size_t size = m_Data.size();
-    const char* data = m_Data.data();
-    size_t p = m_Pos;
-    while (p < size && IsBlank(data[p]))
-        ++p;
-    quoted = false;
-    if (p >= size)
+    m_Window = std::move(data);
+    m_WindowStart = 0;
+    m_Size = m_Window.size();
+    m_Source.reset();
+    m_Pos = 0;
+}
+
+void CAbstract_istream::SetSource(std::unique_ptr<CText_source> source, size_t size, size_t window)
+{
+    m_Window.clear();
+    m_WindowStart = 0;
+    m_Size = size;
+    m_Source = std::move(source);
+    m_WindowBytes = window < 1 ? 1 : window;
+    m_Pos = 0;
+}
+
+std::string_view CAbstract_istream::MoveView(size_t offset, size_t atLeast) const
+{
+    if (offset >= m_Size)
+        return std::string_view();
+    const size_t end = m_WindowStart + m_Window.size();
+    const size_t wanted = atLeast < m_Size - offset ? offset + atLeast : m_Size;
+    if (offset < m_WindowStart || wanted > end)
+        Load(offset, wanted - offset);
+    if (offset >= m_Size)
+        return std::string_view(); // the file was shorter than it said
+    return std::string_view(m_Window).substr(offset - m_WindowStart);
+}
+
+void CAbstract_istream::Load(size_t offset, size_t atLeast) const
+{
+    if (!m_Source)
+        return; // a text held whole is all there is
+    // A little of the text before the offset stays, so that the short steps
+    // back of the readers (a named value that is not there, a look ahead of a
+    // few lines) find it still in memory.
+    const size_t behind = m_WindowBytes / 8;
+    const size_t start = offset > behind ? offset - behind : 0;
+    const size_t want = atLeast > m_WindowBytes ? atLeast : m_WindowBytes;
+    const size_t stop = m_Size - offset > want ? offset + want : m_Size;
+    const size_t end = m_WindowStart + m_Window.size();
+    size_t have = start;
+    if (start >= m_WindowStart && start < end)
     {
-        m_Pos = size;
-        return false;
+        // Moving forward: the bytes the old window shares with the new one
+        // are kept, the rest is read.
+        m_Window.erase(0, start - m_WindowStart);
+        have = end;
+        if (have > stop)
+        {
+            m_Window.resize(stop - start);
+            have = stop;
+        }
     }
-    const size_t start = p;
-    const char c = data[p];
+    else
+        m_Window.clear();
+    m_WindowStart = start;
+    if (have < stop)
+    {
+        const size_t kept = m_Window.size();
+        m_Window.resize(kept + (stop - have));
+        const size_t got = m_Source->Read(have, m_Window.data() + kept, stop - have);
+        if (got < stop - have)
+        {
+            // The file has become shorter than it was: its text ends here.
+            m_Window.resize(kept + got);
+            m_Size = have + got;
+        }
+    }
+}
+
+std::string_view CAbstract_istream::Data() const
+{
+    if (m_Source)
+    {
+        std::string whole(m_Size, '\0');
+        const size_t got = m_Size ? m_Source->Read(0, whole.data(), m_Size) : 0;
+        whole.resize(got);
+        m_Size = got;
+        m_Window = std::move(whole);
+        m_WindowStart = 0;
+        m_Source.reset();
+    }
+    return m_Window;
+}
+
+namespace
+{
+// The length of the token at the start of text, which holds no blank in
+// front. False if the text ends before the token can be told complete and
+// more of it may follow (atEnd false). consumed may take a closing quote
+// beside the token.
+bool LexToken(std::string_view text, bool atEnd, std::string_view& token, size_t& consumed, bool& quoted)
+{
+    const size_t size = text.size();
+    const char* data = text.data();
+    const char c = data[0];
+    quoted = false;
     if (c == '"')
     {
         // A double-quoted string is one token without its quotes; an
         // unterminated one ends at the line's end.
-        size_t q = p + 1;
+        size_t q = 1;
         while (q < size && data[q] != '"' && data[q] != '\n')
             ++q;
-        text = std::string_view(data + p + 1, q - p - 1);
+        if (q == size && !atEnd)
+            return false;
+        token = text.substr(1, q - 1);
         quoted = true;
-        m_Pos = (q < size && data[q] == '"') ? q + 1 : q;
+        consumed = (q < size && data[q] == '"') ? q + 1 : q;
         return true;
     }
     if (IsSymbol(c))
     {
-        text = std::string_view(data + p, 1);
-        m_Pos = p + 1;
+        token = text.substr(0, 1);
+        consumed = 1;
         return true;
     }
+    size_t p = 1;
     if (c == '.')
     {
         // The dots in front of a keyword come one by one; a dot followed at
         // once by a digit starts a number such as ".4".
-        if (p + 1 < size && IsDigit(data[p + 1]))
+        if (size < 2 && !atEnd)
+            return false;
+        if (size < 2 || !IsDigit(data[1]))
         {
-            size_t q = p + 1;
-            while (q < size && IsDigit(data[q]))
-                ++q;
-            text = std::string_view(data + start, q - start);
-            m_Pos = q;
+            token = text.substr(0, 1);
+            consumed = 1;
             return true;
         }
-        text = std::string_view(data + p, 1);
-        m_Pos = p + 1;
-        return true;
+        while (p < size && IsDigit(data[p]))
+            ++p;
     }
-    while (p < size && !IsBlank(data[p]) && !IsSymbol(data[p]) && data[p] != '"')
-        ++p;
-    text = std::string_view(data + start, p - start);
-    m_Pos = p;
+    else
+        while (p < size && !IsBlank(data[p]) && !IsSymbol(data[p]) && data[p] != '"')
+            ++p;
+    if (p == size && !atEnd)
+        return false;
+    token = text.substr(0, p);
+    consumed = p;
     return true;
+}
+} // namespace
+
+bool CAbstract_istream::NextTokenText(std::string_view& text, bool& quoted)
+{
+    // White space in front of a token is consumed, also where no token
+    // follows.
+    for (;;)
+    {
+        const std::string_view view = View(m_Pos, 1);
+        if (view.empty())
+        {
+            m_Pos = m_Size;
+            return false;
+        }
+        size_t i = 0;
+        while (i < view.size() && IsBlank(view[i]))
+            ++i;
+        m_Pos += i;
+        if (i < view.size())
+            break;
+    }
+    // Most tokens are short; a longer one asks for a wider view until its
+    // end is in sight.
+    size_t look = 64;
+    for (;;)
+    {
+        const std::string_view view = View(m_Pos, look);
+        size_t consumed = 0;
+        if (LexToken(view, m_Pos + view.size() >= m_Size, text, consumed, quoted))
+        {
+            m_Pos += consumed;
+            return true;
+        }
+        look = view.size() * 2;
+    }
 }
 
 CAbstract_istream& CAbstract_istream::operator>>(AString& token)
@@ -267,32 +393,70 @@ CAbstract_istream& CAbstract_istream::operator>>(CStreamio_object& object)
 
 void CAbstract_istream::NewLine()
 {
-    const void* nl =
-        m_Pos < m_Data.size() ? std::memchr(m_Data.data() + m_Pos, '\n', m_Data.size() - m_Pos) : nullptr;
-    m_Pos = nl ? static_cast<size_t>(static_cast<const char*>(nl) - m_Data.data()) + 1 : m_Data.size();
+    for (;;)
+    {
+        const std::string_view view = View(m_Pos, 1);
+        if (view.empty())
+        {
+            m_Pos = m_Size;
+            return;
+        }
+        const void* nl = std::memchr(view.data(), '\n', view.size());
+        if (nl)
+        {
+            m_Pos += static_cast<size_t>(static_cast<const char*>(nl) - view.data()) + 1;
+            return;
+        }
+        m_Pos += view.size();
+    }
 }
 
 void CAbstract_istream::NewLine(AString& rest)
 {
-    size_t p = m_Pos;
-    const size_t size = m_Data.size();
-    while (p < size && (m_Data[p] == ' ' || m_Data[p] == '\t'))
-        ++p;
-    const void* nl = p < size ? std::memchr(m_Data.data() + p, '\n', size - p) : nullptr;
-    const size_t end = nl ? static_cast<size_t>(static_cast<const char*>(nl) - m_Data.data()) : size;
-    rest.resize(end - p);
-    for (size_t i = p; i < end; ++i)
-        rest[i - p] = static_cast<wchar_t>(static_cast<unsigned char>(m_Data[i]));
-    m_Pos = nl ? end + 1 : size;
+    rest.clear();
+    bool leading = true;
+    for (;;)
+    {
+        const std::string_view view = View(m_Pos, 1);
+        if (view.empty())
+        {
+            m_Pos = m_Size;
+            return;
+        }
+        size_t i = 0;
+        if (leading)
+        {
+            while (i < view.size() && (view[i] == ' ' || view[i] == '\t'))
+                ++i;
+            leading = i == view.size();
+        }
+        const void* nl = std::memchr(view.data() + i, '\n', view.size() - i);
+        const size_t end = nl ? static_cast<size_t>(static_cast<const char*>(nl) - view.data()) : view.size();
+        const size_t old = rest.size();
+        rest.resize(old + (end - i));
+        for (size_t k = i; k < end; ++k)
+            rest[old + k - i] = static_cast<wchar_t>(static_cast<unsigned char>(view[k]));
+        if (nl)
+        {
+            m_Pos += end + 1;
+            return;
+        }
+        m_Pos += view.size();
+    }
 }
 
 bool CAbstract_istream::eof() const
 {
-    const size_t size = m_Data.size();
-    for (size_t p = m_Pos; p < size; ++p)
-        if (!IsBlank(m_Data[p]))
-            return false;
-    return true;
+    for (size_t p = m_Pos;;)
+    {
+        const std::string_view view = View(p, 1);
+        if (view.empty())
+            return true;
+        for (char c : view)
+            if (!IsBlank(c))
+                return false;
+        p += view.size();
+    }
 }
 
 } // namespace io

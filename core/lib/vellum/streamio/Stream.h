@@ -2,14 +2,16 @@
 //
 // An output stream turns objects into text: the block tree of a neutral file
 // writes itself through the few primitives below (indentation, quoted
-// strings, numbers with the stream's precision). An input stream holds a whole
-// file in memory and hands out tokens of the HKP grammar, lines, and block
-// trees; positions are byte offsets, so Tell and Seek are free.
+// strings, numbers with the stream's precision). An input stream hands out
+// tokens of the HKP grammar, lines, and block trees from a text that it holds
+// whole or sees through a window that slides over a file; positions are byte
+// offsets of the text, so Tell and Seek are free.
 #pragma once
 
 #include "core/lib/vellum/AString.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -81,6 +83,17 @@ private:
 // locale. A negative zero is written as 0.
 std::string FormatDouble_G(double value, int digits);
 
+// Where an input stream's text comes from when it is not held whole: a file,
+// read piece by piece at the offsets the stream asks for.
+class CText_source
+{
+public:
+    virtual ~CText_source() = default;
+    // Copies up to count bytes from offset into buffer; returns how many it
+    // copied, fewer only at the end of the text.
+    virtual size_t Read(size_t offset, char* buffer, size_t count) = 0;
+};
+
 class CAbstract_istream
 {
 public:
@@ -114,29 +127,53 @@ public:
     void ClearFail() { m_Fail = false; }
 
     CAbstract_stream_pos Tell() const { return CAbstract_stream_pos{m_Pos}; }
-    void Seek(const CAbstract_stream_pos& pos)
-    {
-        m_Pos = pos.m_Offset < m_Data.size() ? pos.m_Offset : m_Data.size();
-    }
+    void Seek(const CAbstract_stream_pos& pos) { SetPosition(pos.m_Offset); }
 
-    // Raw access for the block-text reader.
-    std::string_view Data() const { return m_Data; }
+    // The whole text, for the block-text reader and for checks of a file as a
+    // whole. A stream that reads through a window takes its whole text into
+    // memory at the first call and keeps it.
+    std::string_view Data() const;
     size_t Position() const { return m_Pos; }
-    void SetPosition(size_t pos) { m_Pos = pos < m_Data.size() ? pos : m_Data.size(); }
+    void SetPosition(size_t pos) { m_Pos = pos < m_Size ? pos : m_Size; }
+    // The length of the text in bytes.
+    size_t Size() const { return m_Size; }
 
 protected:
     CAbstract_istream() = default;
-    void SetData(std::string data)
+    // The text, held whole.
+    void SetData(std::string data);
+    // The text of size bytes from a source, seen through a window of about
+    // window bytes that moves along with the reading. Going back to a place
+    // that has left the window reads it again.
+    void SetSource(std::unique_ptr<CText_source> source, size_t size, size_t window);
+
+    // The text from offset on, at least atLeast bytes of it unless the text
+    // ends before; empty at the end. The view holds until the next call.
+    std::string_view View(size_t offset, size_t atLeast) const
     {
-        m_Data = std::move(data);
-        m_Pos = 0;
+        // Nearly every call finds its bytes in the window.
+        const size_t end = m_WindowStart + m_Window.size();
+        if (offset >= m_WindowStart && offset < end && (end - offset >= atLeast || end == m_Size))
+            return std::string_view(m_Window.data() + (offset - m_WindowStart), end - offset);
+        return MoveView(offset, atLeast);
     }
+    // The byte at offset; offset must lie before the end.
+    char ByteAt(size_t offset) const { return View(offset, 1)[0]; }
 
 private:
     // Finds the next token and returns its bytes; false at the end.
     bool NextTokenText(std::string_view& text, bool& quoted);
+    // View where the window has to move first.
+    std::string_view MoveView(size_t offset, size_t atLeast) const;
+    // Moves the window so that it holds [offset, offset + atLeast).
+    void Load(size_t offset, size_t atLeast) const;
 
-    std::string m_Data;
+    // The text held, or the window: the bytes from m_WindowStart on.
+    mutable std::string m_Window;
+    mutable size_t m_WindowStart = 0;
+    mutable size_t m_Size = 0;
+    mutable std::unique_ptr<CText_source> m_Source; // null once the text is held whole
+    size_t m_WindowBytes = 0;
     size_t m_Pos = 0;
     bool m_Fail = false;
 };

@@ -1,8 +1,9 @@
 // TokenStream.h - the file streams of the program: HKP files in, the neutral
 // file out.
 //
-// The input stream reads its whole file in one go and lexes from memory, which
-// keeps a 100 MB layout file at about a second. The output stream collects
+// The input stream lexes from memory, through a window of a few megabytes
+// that it moves along its file in large reads: a layout file of a gigabyte
+// costs no more memory than a small one. The output stream collects
 // text in a large buffer and writes it to a temporary file beside the target;
 // only Close renames it into place, so an interrupted run never leaves a
 // half-written neutral file behind. The temporary file has a random name, is
@@ -105,11 +106,18 @@ private:
 class CToken_istream : public CAbstract_istream
 {
 public:
-    // Opens and reads the file; mode 0 is plain text. A file that cannot be
-    // read gives an empty stream, which is at its end at once.
-    CToken_istream(const LongFileName& file, int mode);
+    // The bytes of a file that a stream holds at a time.
+    static constexpr size_t k_WindowBytes = size_t(4) << 20;
+
+    // Opens the file; mode 0 is plain text. A file that cannot be read gives
+    // an empty stream, which is at its end at once. window is the number of
+    // bytes held at a time.
+    CToken_istream(const LongFileName& file, int mode, size_t window = k_WindowBytes);
     // A stream over text held in memory, reported under the given name.
     explicit CToken_istream(std::string text, AString name = AString());
+    // The same text seen through a window of the given bytes, as a file is
+    // seen: the reading must come out the same, whatever the window.
+    CToken_istream(std::string text, AString name, size_t window);
     bool IsOpen() const { return m_Open; }
 
     // The file's path, or the name given to a stream over text.
@@ -127,6 +135,8 @@ public:
     size_t TokenEnd() const;
 
 private:
+    size_t CountLineEnds(size_t from, size_t to) const;
+
     bool m_Open = false;
     AString m_Name;
     size_t m_RecordOffset = 0;
