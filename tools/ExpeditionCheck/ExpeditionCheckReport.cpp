@@ -1,16 +1,11 @@
-// ExpeditionCheckReport.cpp - counting what the model holds, and writing the
-// report as text for people and as JSON for pipelines.
+// ExpeditionCheckReport.cpp - the report as text for people and as JSON for
+// pipelines.
 #include "tools/ExpeditionCheck/ExpeditionCheckReport.h"
 
 #include <cstdio>
 
 namespace
 {
-std::string Narrow(const AString& text)
-{
-    return text.AsAnsi().str();
-}
-
 // What the neutral file has no place for, whatever the job holds.
 const char* const k_NeverInTheFile[] = {
     "silkscreen, assembly and placement outlines of cells and components",
@@ -59,51 +54,49 @@ std::string Json(const std::string& text)
     }
     return out + "\"";
 }
-} // namespace
-
-ExpeditionCheckSummary ExpeditionCheckSummary::Of(const ElementList& elements)
+// One conductive layer: what the job holds and what reaches the file.
+struct LayerRow
 {
-    ExpeditionCheckSummary summary;
-    for (ExpeditionBaseElement* element : elements)
-    {
-        if (ExpeditionComponent* component = element->AsComponent())
-        {
-            ++summary.m_Components;
-            summary.m_Pins += component->m_Pins.size();
-        }
-        else if (element->AsFootprint())
-            ++summary.m_Footprints;
-        else if (element->AsPadStack())
-            ++summary.m_PadStacks;
-        else if (ExpeditionLayoutNet* net = element->AsLayoutNet())
-        {
-            ++summary.m_Nets;
-            summary.m_Vias += net->m_Vias.size();
-            for (const ExpeditionTrace* trace : net->m_Traces)
-                ++summary.m_Layers[Narrow(static_cast<const AString&>(trace->m_LayerName))].m_Traces;
-            for (const ExpeditionShapes* shape : net->m_Shapes)
-                ++summary.m_Layers[Narrow(shape->GetLayerName())].m_Areas;
-            for (const auto& withVoids : net->m_ShapesWithVoids)
-                if (!withVoids.empty())
-                    ++summary.m_Layers[Narrow(withVoids.front()->GetLayerName())].m_Areas;
-            for (const auto& [layer, shapes] : net->m_PlaneShapes)
-            {
-                Layer& counts = summary.m_Layers[Narrow(layer)];
-                counts.m_PlaneOutlines += shapes.size();
-                for (const ExpeditionPlaneShape& shape : shapes)
-                    counts.m_PlaneVoids += shape.m_Voids.size();
-            }
-            for (const auto& [layer, outlines] : net->m_PlaneOutlines)
-                summary.m_Layers[Narrow(layer)].m_PlaneOutlines += outlines.size();
-        }
-    }
-    return summary;
+    size_t m_TracesInJob = 0, m_ContoursInJob = 0;
+    size_t m_TracesInFile = 0, m_OutlinesInFile = 0, m_VoidsInFile = 0;
+};
+
+size_t Total(const std::map<std::string, size_t>& byLayer)
+{
+    size_t total = 0;
+    for (const auto& [layer, count] : byLayer)
+        total += count;
+    return total;
 }
 
-void WriteTextReport_G(std::ostream& out, const std::string& job, const ExpeditionDiagnostics& diagnostics,
-                       const ExpeditionCheckSummary& summary)
+std::map<std::string, LayerRow> LayerRows(const ExpeditionDiagnostics& diagnostics)
 {
-    out << "Job " << job << "\n\nFiles\n";
+    std::map<std::string, LayerRow> rows;
+    const auto& job = diagnostics.GetInJob();
+    const auto& file = diagnostics.GetInFile();
+    for (const auto& [layer, n] : job.m_Traces)
+        rows[layer].m_TracesInJob = n;
+    for (const auto& [layer, n] : job.m_PlaneContours)
+        rows[layer].m_ContoursInJob = n;
+    for (const auto& [layer, n] : file.m_Traces)
+        rows[layer].m_TracesInFile = n;
+    for (const auto& [layer, n] : file.m_PlaneOutlines)
+        rows[layer].m_OutlinesInFile = n;
+    for (const auto& [layer, n] : file.m_PlaneVoids)
+        rows[layer].m_VoidsInFile = n;
+    return rows;
+}
+
+std::string Pair(size_t inJob, size_t inFile)
+{
+    return std::to_string(inJob) + " -> " + std::to_string(inFile);
+}
+} // namespace
+
+void WriteTextReport_G(std::ostream& out, const ExpeditionCheckRun& run,
+                       const ExpeditionDiagnostics& diagnostics)
+{
+    out << "Job " << run.m_Job << "\n\nFiles\n";
     for (const auto& [file, tally] : diagnostics.GetFiles())
     {
         out << "  " << file << ": " << tally.m_Lines << " lines read\n";
@@ -122,14 +115,22 @@ void WriteTextReport_G(std::ostream& out, const std::string& job, const Expediti
     for (const auto& event : events)
         out << "  " << Location(event) << ": " << event.m_Kind << ": " << event.m_Text << "\n";
 
-    out << "\nWhat reaches the neutral file\n"
-        << "  components " << summary.m_Components << ", pins " << summary.m_Pins << ", nets "
-        << summary.m_Nets << ", vias " << summary.m_Vias << ", footprints " << summary.m_Footprints
-        << ", padstacks " << summary.m_PadStacks << "\n";
-    for (const auto& [layer, counts] : summary.m_Layers)
-        out << "  layer " << (layer.empty() ? std::string("(none)") : layer) << ": traces " << counts.m_Traces
-            << ", areas " << counts.m_Areas << ", plane outlines " << counts.m_PlaneOutlines
-            << ", plane voids " << counts.m_PlaneVoids << "\n";
+    const auto& job = diagnostics.GetInJob();
+    const auto& file = diagnostics.GetInFile();
+    out << "\nWhat reaches the neutral file (in the job -> in the file)\n";
+    if (!run.m_Written)
+        out << "  nothing: the run ended before the file was written\n";
+    out << "  components " << Pair(job.m_Components, file.m_Components) << ", pins "
+        << Pair(job.m_Pins, file.m_Pins) << ", nets " << Pair(job.m_Nets, file.m_Nets) << ", vias "
+        << Pair(job.m_Vias, file.m_Vias) << "\n";
+    for (const auto& [layer, row] : LayerRows(diagnostics))
+        out << "  layer " << (layer.empty() ? std::string("(none)") : layer) << ": traces "
+            << Pair(row.m_TracesInJob, row.m_TracesInFile) << ", plane contours "
+            << Pair(row.m_ContoursInJob, row.m_OutlinesInFile + row.m_VoidsInFile) << " (outlines "
+            << row.m_OutlinesInFile << ", voids " << row.m_VoidsInFile << ")\n";
+    if (run.m_Written)
+        out << "  footprints " << file.m_Footprints << ", padstacks " << file.m_PadStacks
+            << "; the file would be " << run.m_Bytes << " bytes\n";
 
     out << "\nNot in the neutral file at all\n";
     for (const char* what : k_NeverInTheFile)
@@ -141,10 +142,10 @@ void WriteTextReport_G(std::ostream& out, const std::string& job, const Expediti
         << "\n";
 }
 
-void WriteJsonReport_G(std::ostream& out, const std::string& job, const ExpeditionDiagnostics& diagnostics,
-                       const ExpeditionCheckSummary& summary)
+void WriteJsonReport_G(std::ostream& out, const ExpeditionCheckRun& run,
+                       const ExpeditionDiagnostics& diagnostics)
 {
-    out << "{\n  \"job\": " << Json(job) << ",\n  \"files\": [";
+    out << "{\n  \"job\": " << Json(run.m_Job) << ",\n  \"files\": [";
     const char* separator = "\n";
     for (const auto& [file, tally] : diagnostics.GetFiles())
     {
@@ -169,19 +170,28 @@ void WriteJsonReport_G(std::ostream& out, const std::string& job, const Expediti
             << ", \"kind\": " << Json(event.m_Kind) << ", \"text\": " << Json(event.m_Text) << "}";
         separator = ",\n";
     }
-    out << "\n  ],\n  \"summary\": {\"components\": " << summary.m_Components
-        << ", \"pins\": " << summary.m_Pins << ", \"nets\": " << summary.m_Nets
-        << ", \"vias\": " << summary.m_Vias << ", \"footprints\": " << summary.m_Footprints
-        << ", \"padstacks\": " << summary.m_PadStacks << ", \"layers\": [";
+    const auto& job = diagnostics.GetInJob();
+    const auto& file = diagnostics.GetInFile();
+    out << "\n  ],\n  \"summary\": {\"written\": " << (run.m_Written ? "true" : "false")
+        << ", \"bytes\": " << run.m_Bytes << ",\n    \"in_job\": {\"components\": " << job.m_Components
+        << ", \"pins\": " << job.m_Pins << ", \"nets\": " << job.m_Nets << ", \"vias\": " << job.m_Vias
+        << ", \"traces\": " << Total(job.m_Traces) << ", \"plane_contours\": " << Total(job.m_PlaneContours)
+        << "},\n    \"in_file\": {\"components\": " << file.m_Components << ", \"pins\": " << file.m_Pins
+        << ", \"nets\": " << file.m_Nets << ", \"vias\": " << file.m_Vias
+        << ", \"traces\": " << Total(file.m_Traces) << ", \"plane_outlines\": " << Total(file.m_PlaneOutlines)
+        << ", \"plane_voids\": " << Total(file.m_PlaneVoids) << ", \"footprints\": " << file.m_Footprints
+        << ", \"padstacks\": " << file.m_PadStacks << "},\n    \"layers\": [";
     separator = "\n";
-    for (const auto& [layer, counts] : summary.m_Layers)
+    for (const auto& [layer, row] : LayerRows(diagnostics))
     {
-        out << separator << "    {\"layer\": " << Json(layer) << ", \"traces\": " << counts.m_Traces
-            << ", \"areas\": " << counts.m_Areas << ", \"plane_outlines\": " << counts.m_PlaneOutlines
-            << ", \"plane_voids\": " << counts.m_PlaneVoids << "}";
+        out << separator << "      {\"layer\": " << Json(layer)
+            << ", \"traces_in_job\": " << row.m_TracesInJob << ", \"traces_in_file\": " << row.m_TracesInFile
+            << ", \"plane_contours_in_job\": " << row.m_ContoursInJob
+            << ", \"plane_outlines_in_file\": " << row.m_OutlinesInFile
+            << ", \"plane_voids_in_file\": " << row.m_VoidsInFile << "}";
         separator = ",\n";
     }
-    out << "\n  ]},\n  \"never_in_the_file\": [";
+    out << "\n    ]},\n  \"never_in_the_file\": [";
     separator = "";
     for (const char* what : k_NeverInTheFile)
     {

@@ -8,6 +8,7 @@
 // expects its WIDTH line first, and a path without one loses its XY keyword to
 // that test, so the point list of the next record in the file is taken. The
 // layout tool always writes WIDTH, and the quirk is kept.
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 
@@ -154,7 +155,11 @@ void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, 
                 m_OppSidePadStacks.insert(pin.m_PadStackName); // the name as read so far
         }
         else if (IsKeyword_G(token, L"PADSTACK"))
+        {
             stream >> pin.m_PadStackName;
+            if (m_Diagnostics && !placed)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadStackName, pin.m_PadStackName, stream);
+        }
         else if (IsKeyword_G(token, L"TEXT") && level == k_ThreeDots)
         {
             AString attribute, value;
@@ -258,7 +263,9 @@ void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, doub
                                 std::vector<ExpeditionAttribute>& attributes)
 {
     AString text, next;
-    stream >> text >> next;
+    stream >> text;
+    const size_t textLine = m_Diagnostics ? stream.TokenLine() : 0;
+    stream >> next;
     if (next != L".")
     {
         // "TEXT name value" on one line is an attribute; the value stays in
@@ -297,6 +304,8 @@ void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, doub
         else
             break;
     }
+    if (m_Diagnostics && IsKeyword_G(textType, L"PARTNO"))
+        m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PartNumber, text, stream, textLine);
     texts.push_back(new ExpeditionText(text, TextLayer(layerWord), textType, font, horzJust, vertJust,
                                        height * factor, rotation, strokeWidth * factor, x * factor,
                                        y * factor, options));
@@ -370,7 +379,11 @@ ExpeditionVia* ExpeditionParser::ReadVia(io::CToken_istream& stream, AString& to
             toLayer = LayerNameOfWord(word);
         }
         else if (IsKeyword_G(token, L"PADSTACK"))
+        {
             stream >> padStack;
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadStackName, padStack, stream);
+        }
         else if (IsKeyword_G(token, L"NETNAME"))
             stream >> netName;
         else

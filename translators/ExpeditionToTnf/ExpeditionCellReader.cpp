@@ -9,6 +9,9 @@
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 #include "translators/ExpeditionToTnf/ExpeditionUniqueNames.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace
 {
 bool IsCellKeyword(const AString& token)
@@ -37,8 +40,7 @@ void ExpeditionParser::ReadCells(ElementList& elements)
 
 void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elements)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     bool databaseUnits = false;
     AString token; // empty at the start, so the first line is skipped
@@ -95,7 +97,10 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
     {
         if (IsKeyword_G(token, L"DIMENSION_SETTINGS"))
         {
+            const size_t from = stream.Position();
             SkipDimensionSettings(stream);
+            if (m_Diagnostics)
+                ReportSwallowedLines(*m_Diagnostics, stream, from);
             NextToken(stream, token);
         }
         else if (IsKeyword_G(token, L"PACKAGE_GROUP"))
@@ -153,6 +158,64 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
                                                pins, shapes, texts, vias, traces));
     // Keys compare with case: a later cell of the same name replaces the set.
     m_CellPadStacks[name] = padStacks;
+}
+
+namespace
+{
+// The dots in front of a line's keyword; 0 for a line without one.
+size_t LeadingDots(std::string_view line)
+{
+    const size_t first = line.find_first_not_of(" \t");
+    if (first == std::string_view::npos)
+        return 0;
+    const size_t end = line.find_first_not_of('.', first);
+    return (end == std::string_view::npos ? line.size() : end) - first;
+}
+} // namespace
+
+// The search behind DIMENSION_SETTINGS ends on the first line with one of the
+// dimension words, wherever it stands. Lines it passes over that have no more
+// dots than DIMENSION_SETTINGS itself are records of the cell, or of the file,
+// and are lost with it.
+void ExpeditionParser::ReportSwallowedLines(ExpeditionDiagnostics& diagnostics,
+                                            const io::CToken_istream& stream, size_t from)
+{
+    const std::string_view text = stream.Data();
+    const size_t to = stream.Position();
+    if (to <= from || from > text.size())
+        return;
+    const size_t lineStart = text.rfind('\n', from == 0 ? 0 : from - 1);
+    const size_t ownDots =
+        LeadingDots(text.substr(lineStart == std::string_view::npos ? 0 : lineStart + 1, from));
+    size_t swallowed = 0, firstLine = 0;
+    std::string firstKeyword;
+    // The keyword's own line is the search's start; the lines behind it, up
+    // to the one the search ended on, are what it passed over.
+    for (size_t start = text.find('\n', from); start != std::string_view::npos && start + 1 < to;)
+    {
+        ++start;
+        const size_t end = std::min(text.find('\n', start), to);
+        const std::string_view line = text.substr(start, end - start);
+        const size_t dots = LeadingDots(line);
+        if (dots > 0 && dots <= ownDots)
+        {
+            if (swallowed++ == 0)
+            {
+                firstLine = stream.LineOf(start);
+                // A line of dots alone has no keyword.
+                const size_t word = std::min(line.find_first_not_of(" \t."), line.size());
+                firstKeyword = std::string(line.substr(word, line.find_first_of(" \t\r", word) - word));
+            }
+        }
+        start = end;
+    }
+    if (swallowed == 0)
+        return;
+    diagnostics.Report(ExpeditionDiagnostics::FileNameOf(stream), stream.LineOf(from), "section-cut-short",
+                       "DIMENSION_SETTINGS passes over " + std::to_string(swallowed) +
+                           " records of the cell up to line " + std::to_string(stream.LineOf(to - 1)) +
+                           ", from " + firstKeyword + " at line " + std::to_string(firstLine) +
+                           " on; they are lost.");
 }
 
 // The block behind DIMENSION_SETTINGS has lines that look like keywords. It

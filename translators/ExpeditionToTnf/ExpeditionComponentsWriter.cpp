@@ -7,6 +7,8 @@
 // connected.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+
 using io::CBlock_func;
 using io::CBlockFuncPtr;
 using io::CBlockPtr;
@@ -166,6 +168,10 @@ CBlockPtr ExpeditionToTnf::WriteFootprints(ElementList& elements)
             AString padStack = pin->m_PadStackName;
             if (pin->m_Options.CompareNoCase(L"OPP_SIDE") == 0)
                 padStack += L"_XMirrored";
+            if (m_Diagnostics)
+                CheckPadStackWritten(padStack, pin->m_PadStackName,
+                                     "pin " + ExpeditionDiagnostics::Text(pin->m_Name) + " of cell \"" +
+                                         ExpeditionDiagnostics::Text(footprint->m_Name) + "\"");
             CBlockPtr definition(L"FpPindef");
             CBlock_func fpPin(L"FpPin");
             fpPin << pin->m_Name << pin->m_X << pin->m_Y << padStack << pin->m_Rotation;
@@ -174,6 +180,11 @@ CBlockPtr ExpeditionToTnf::WriteFootprints(ElementList& elements)
         }
         *entry << pins << CBlockPtr(L"Graphics");
         *block << entry;
+        if (m_Diagnostics)
+        {
+            m_WrittenFootprints.insert(footprint->m_Name);
+            ++m_Diagnostics->InFile().m_Footprints;
+        }
     }
     return block;
 }
@@ -216,6 +227,15 @@ CBlockPtr ExpeditionToTnf::WriteComponents(ElementList& elements)
             *entry << terminal;
         }
         *block << entry;
+        if (m_Diagnostics)
+        {
+            ExpeditionDiagnostics::Counts& written = m_Diagnostics->InFile();
+            ++written.m_Components;
+            written.m_Pins += component->m_Pins.size();
+            if (!m_WrittenFootprints.count(component->m_FootprintName))
+                m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_CellName, component->m_FootprintName,
+                                          "component " + ExpeditionDiagnostics::Text(name));
+        }
     }
     return block;
 }

@@ -37,8 +37,7 @@ void ExpeditionParser::ReadJobPrefs(ElementList& elements)
 
 void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& elements)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     AString token; // empty at the start, so the first line is skipped
     int level = 0;
@@ -94,8 +93,23 @@ ExpeditionPlaneConnection* ExpeditionParser::ReadPlaneConnection(io::CToken_istr
     double width = 0.0;
     AString number, rotation, token;
     bool hasNumber = false, hasRotation = false;
+    // The record is three lines of two dots. A keyword of one dot is the
+    // next record of the file, which a shorter record takes as its own.
+    bool cutShort = false;
+    const auto next = [&]()
+    {
+        const int level = NextToken(stream, token);
+        if (m_Diagnostics && level <= k_OneDot && !cutShort && !stream.eof())
+        {
+            cutShort = true;
+            m_Diagnostics->AtToken(stream, "section-cut-short",
+                                   "A default connection record of fewer than three lines reads on into " +
+                                       ExpeditionDiagnostics::Text(token) +
+                                       ", which is lost with the values on its line.");
+        }
+    };
 
-    NextToken(stream, token);
+    next();
     if (token.CompareNoCase(L"TIE_LEG_NUMBER_OPTION") == 0)
     {
         stream >> number;
@@ -109,7 +123,7 @@ ExpeditionPlaneConnection* ExpeditionParser::ReadPlaneConnection(io::CToken_istr
     else
         stream >> width;
 
-    NextToken(stream, token);
+    next();
     const bool numberSecond = token.CompareNoCase(L"TIE_LEG_NUMBER_OPTION") == 0;
     if (!numberSecond)
     {
@@ -121,13 +135,13 @@ ExpeditionPlaneConnection* ExpeditionParser::ReadPlaneConnection(io::CToken_istr
         else
             stream >> width;
         if (!hasNumber)
-            NextToken(stream, token);
+            next();
     }
     if (numberSecond || !hasNumber)
         stream >> number;
     if (!hasRotation)
     {
-        NextToken(stream, token);
+        next();
         stream >> rotation;
     }
     return new ExpeditionPlaneConnection(width * factor, 0.0, number, rotation);

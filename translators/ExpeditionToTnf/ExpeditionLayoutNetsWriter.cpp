@@ -5,6 +5,8 @@
 // written takes none.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+
 #include "lib/math/geometry/Circle.h"
 #include "lib/math/geometry/Circumference.h"
 
@@ -35,6 +37,8 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             CBlock_func graphics = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Graphics);
             graphics << trace->m_LayerName << std::move(path);
             entry << graphics;
+            if (m_Diagnostics)
+                ++m_Diagnostics->InFile().m_Traces[ExpeditionDiagnostics::LayerKey(trace->m_LayerName)];
         }
         WritePlaneLines(entry, *net);
         for (const ExpeditionVia* via : net->m_Vias)
@@ -45,6 +49,12 @@ void ExpeditionToTnf::WriteLayoutNets(ElementList& elements, io::CBlock_stream& 
             item << ++m_NextShapeId << via->m_FromLayer << via->m_ToLayer << via->m_X << via->m_Y
                  << via->m_PadStackName << 0;
             entry << item;
+            if (m_Diagnostics)
+            {
+                ++m_Diagnostics->InFile().m_Vias;
+                CheckPadStackWritten(via->m_PadStackName, via->m_PadStackName,
+                                     "a via of net \"" + ExpeditionDiagnostics::Text(net->m_Name) + "\"");
+            }
         }
         WritePlaneShapes(entry, *net);
         entry.Close();
@@ -106,6 +116,8 @@ void ExpeditionToTnf::WritePlaneLines(io::CBlock_stream& entry, const Expedition
             CBlock_func graphics = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Graphics);
             graphics << layer << std::move(path);
             entry << graphics;
+            if (m_Diagnostics)
+                ++m_Diagnostics->InFile().m_PlaneOutlines[ExpeditionDiagnostics::LayerKey(layer)];
         }
 }
 
@@ -116,6 +128,13 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const Expeditio
     for (const auto& [layer, shapes] : net.m_PlaneShapes)
         for (const ExpeditionPlaneShape& shape : shapes)
         {
+            if (m_Diagnostics)
+            {
+                ExpeditionDiagnostics::Counts& written = m_Diagnostics->InFile();
+                const std::string key = ExpeditionDiagnostics::LayerKey(layer);
+                written.m_PlaneVoids[key] += shape.m_Voids.size();
+                ++written.m_PlaneOutlines[key];
+            }
             if (!shape.m_Voids.empty())
             {
                 WritePolygonWithVoids(entry, layer, shape);
@@ -135,7 +154,11 @@ void ExpeditionToTnf::WritePlaneShapes(io::CBlock_stream& entry, const Expeditio
             if (shape.m_Polygon.IsSegment(accuracy, nullptr) ||
                 (box.GetWidth().GetValue() <= accuracy && box.GetHeight().GetValue() <= accuracy) ||
                 std::fabs(shape.m_Polygon.GetArea().GetValue()) < accuracy)
+            {
+                if (m_Diagnostics)
+                    --m_Diagnostics->InFile().m_PlaneOutlines[ExpeditionDiagnostics::LayerKey(layer)];
                 continue; // collapsed: dropped, and it takes no id
+            }
             CBlock_func polygon = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
             polygon << ++m_NextShapeId << shape.m_Width;
             AddEdges(polygon, shape.m_Polygon.GetEdges(), true);

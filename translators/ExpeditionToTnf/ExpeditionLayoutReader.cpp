@@ -7,6 +7,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 #include "core/lib/vellum/Assert.h"
 
@@ -54,8 +55,7 @@ void ExpeditionParser::ReadLayout(ElementList& elements)
 
 void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& elements, bool hasPlanesFile)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     AString token;
     int level = 0;
@@ -67,7 +67,10 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
         else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
             ReadConductiveAreas(stream, token, factor, level, false, elements);
         else if (IsPlacedCellKeyword(token))
-            ReadPlacedCells(stream, token, factor, placement, elements);
+        {
+            ExpeditionReaderCursor at{stream, token, factor};
+            ReadPlacedCells(at, placement, elements);
+        }
         else if (IsKeyword_G(token, L"BOARD_ORIGIN") || IsKeyword_G(token, L"BOARD_OUTLINE") ||
                  IsKeyword_G(token, L"CONTOUR"))
             ReadBoard(stream, token, factor, elements);
@@ -98,64 +101,65 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
 }
 
 // Reads placed cells until the board records begin.
-void ExpeditionParser::ReadPlacedCells(io::CToken_istream& stream, AString& token, double& factor,
-                                       PlacementState& state, ElementList& elements)
+void ExpeditionParser::ReadPlacedCells(ExpeditionReaderCursor& at, PlacementState& state,
+                                       ElementList& elements)
 {
-    while (!stream.eof())
+    io::CToken_istream& stream = at.m_Stream;
+    while (!at.AtEnd())
     {
-        if (!IsPlacedCellKeyword(token))
+        if (!IsPlacedCellKeyword(at.m_Token))
         {
-            if (IsKeyword_G(token, L"BOARD_ORIGIN") || IsKeyword_G(token, L"BOARD_OUTLINE"))
+            if (at.Is(L"BOARD_ORIGIN") || at.Is(L"BOARD_OUTLINE"))
                 return;
             stream.NewLine();
-            NextToken(stream, token);
+            at.Next();
             continue;
         }
-        AString cellName;
-        stream >> cellName;
+        PlacedCellRecord cell;
+        stream >> cell.m_CellName;
         if (m_Diagnostics)
+        {
             stream.MarkRecord();
-        NextToken(stream, token);
-        if (IsKeyword_G(token, L"PID"))
+            m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_CellName, cell.m_CellName, stream);
+        }
+        at.Next();
+        if (at.Is(L"PID"))
         {
             stream.NewLine();
-            NextToken(stream, token);
+            at.Next();
         }
-        if (IsKeyword_G(token, L"XY"))
+        if (at.Is(L"XY"))
             ReadXY(stream, state.m_X, state.m_Y);
-        NextToken(stream, token);
-        if (IsKeyword_G(token, L"Rotation"))
+        at.Next();
+        if (at.Is(L"Rotation"))
             stream >> state.m_Rotation;
-        int level = NextToken(stream, token);
-        AString options;
-        std::vector<ExpeditionPin*> pins;
-        std::vector<ExpeditionShapes*> shapes;
-        std::vector<ExpeditionText*> texts;
-        std::vector<ExpeditionAttribute> attributes;
-        ReadPlacedCellBody(stream, token, level, factor, state, options, pins, shapes, texts, attributes,
-                           elements);
+        at.Next();
+        ReadPlacedCellBody(at, state, cell, elements);
+        if (m_Diagnostics && !IsKeyword_G(cell.m_Options, L"NOT_PLACED"))
+            m_Diagnostics->ComponentInJob(cell.m_Pins);
         const size_t missingBefore = m_MissingCells.size();
-        const AString referenceDesignator = m_Diagnostics ? ReferenceDesignatorOf(texts) : AString();
-        MakeComponent(cellName, options, state, factor, pins, shapes, texts, attributes, elements);
+        const AString referenceDesignator = m_Diagnostics ? ReferenceDesignatorOf(cell.m_Texts) : AString();
+        MakeComponent(cell, state, at.m_Factor, elements);
         if (m_Diagnostics && m_MissingCells.size() > missingBefore)
             m_Diagnostics->AtRecord(stream, "missing-cell",
                                     "Component " + ExpeditionDiagnostics::Text(referenceDesignator) +
-                                        " is left out: its cell \"" + ExpeditionDiagnostics::Text(cellName) +
+                                        " is left out: its cell \"" +
+                                        ExpeditionDiagnostics::Text(cell.m_CellName) +
                                         "\" is not in Cell.hkp.");
     }
 }
 
-void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& token, int level,
-                                          double& factor, PlacementState& state, AString& options,
-                                          std::vector<ExpeditionPin*>& pins,
-                                          std::vector<ExpeditionShapes*>& shapes,
-                                          std::vector<ExpeditionText*>& texts,
-                                          std::vector<ExpeditionAttribute>& attributes, ElementList& elements)
+// The lines of a placed cell behind its rotation. The level is that of the
+// last keyword this loop read itself: the sub-readers leave it stale.
+void ExpeditionParser::ReadPlacedCellBody(ExpeditionReaderCursor& at, PlacementState& state,
+                                          PlacedCellRecord& cell, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
     AString word;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        if (IsKeyword_G(token, L"PLACEMENT_LYR"))
+        if (at.Is(L"PLACEMENT_LYR"))
         {
             stream >> word;
             state.m_LayerNumber =
@@ -164,39 +168,39 @@ void ExpeditionParser::ReadPlacedCellBody(io::CToken_istream& stream, AString& t
                 (state.m_LayerNumber >= 1 && static_cast<size_t>(state.m_LayerNumber) <= m_LayerNames.size())
                     ? m_LayerNames[state.m_LayerNumber]
                     : GetMountLayerName(word);
-            level = NextToken(stream, token);
+            at.Next();
         }
-        else if (IsKeyword_G(token, L"FACEMENT"))
+        else if (at.Is(L"FACEMENT"))
         {
             stream >> word;
             state.m_Mirrored = word.CompareNoCase(L"TOP") != 0;
-            level = NextToken(stream, token);
+            at.Next();
         }
-        else if (IsKeyword_G(token, L"COMPONENT_OPTIONS"))
+        else if (at.Is(L"COMPONENT_OPTIONS"))
         {
-            stream >> options;
-            level = NextToken(stream, token);
+            stream >> cell.m_Options;
+            at.Next();
         }
-        else if (IsKeyword_G(token, L"PIN"))
-            ReadPlacedPin(stream, token, factor, state, pins);
-        else if (IsKeyword_G(token, L"VIA"))
-            ReadPlacedVia(stream, token, factor);
-        else if (IsKeyword_G(token, L"PLACEMENT_OUTLINE") || IsKeyword_G(token, L"ASSEMBLY_OUTLINE") ||
-                 IsKeyword_G(token, L"SILKSCREEN_OUTLINE") || IsKeyword_G(token, L"GRAPHIC"))
-            ReadGraphic(stream, token, factor, shapes);
-        else if (IsKeyword_G(token, L"TEXT"))
-            ReadText(stream, token, factor, texts, attributes);
-        else if (IsKeyword_G(token, L"TRACE"))
-            ReadFreeTrace(stream, token, factor, k_TwoDots, elements);
-        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
-            ReadConductiveAreas(stream, token, factor, k_TwoDots, false, elements);
-        else if (IsPlacedCellKeyword(token) || IsKeyword_G(token, L"BOARD_ORIGIN") ||
-                 IsKeyword_G(token, L"BOARD_OUTLINE") || level == k_OneDot)
+        else if (at.Is(L"PIN"))
+            ReadPlacedPin(stream, token, at.m_Factor, state, cell.m_Pins);
+        else if (at.Is(L"VIA"))
+            ReadPlacedVia(stream, token, at.m_Factor);
+        else if (at.Is(L"PLACEMENT_OUTLINE") || at.Is(L"ASSEMBLY_OUTLINE") || at.Is(L"SILKSCREEN_OUTLINE") ||
+                 at.Is(L"GRAPHIC"))
+            ReadGraphic(stream, token, at.m_Factor, cell.m_Shapes);
+        else if (at.Is(L"TEXT"))
+            ReadText(stream, token, at.m_Factor, cell.m_Texts, cell.m_Attributes);
+        else if (at.Is(L"TRACE"))
+            ReadFreeTrace(stream, token, at.m_Factor, k_TwoDots, elements);
+        else if (at.Is(L"CONDUCTIVE_AREA"))
+            ReadConductiveAreas(stream, token, at.m_Factor, k_TwoDots, false, elements);
+        else if (IsPlacedCellKeyword(token) || at.Is(L"BOARD_ORIGIN") || at.Is(L"BOARD_OUTLINE") ||
+                 at.m_Level == k_OneDot)
             return;
         else
         {
             stream.NewLine();
-            level = NextToken(stream, token);
+            at.Next();
         }
     }
 }
@@ -224,13 +228,15 @@ void ExpeditionParser::ReadPlacedPin(io::CToken_istream& stream, AString& token,
     AddMultiLoopPinShapes(pin.m_NetName, *padStack, pin.m_X * factor, pin.m_Y * factor, state, factor);
 }
 
-void ExpeditionParser::MakeComponent(AString cellName, const AString& options, PlacementState& state,
-                                     double factor, std::vector<ExpeditionPin*>& pins,
-                                     std::vector<ExpeditionShapes*>& shapes,
-                                     std::vector<ExpeditionText*>& texts,
-                                     std::vector<ExpeditionAttribute>& attributes, ElementList& elements)
+void ExpeditionParser::MakeComponent(PlacedCellRecord& cell, PlacementState& state, double factor,
+                                     ElementList& elements)
 {
-    const bool notPlaced = IsKeyword_G(options, L"NOT_PLACED");
+    AString cellName = cell.m_CellName;
+    std::vector<ExpeditionPin*>& pins = cell.m_Pins;
+    std::vector<ExpeditionShapes*>& shapes = cell.m_Shapes;
+    std::vector<ExpeditionText*>& texts = cell.m_Texts;
+    std::vector<ExpeditionAttribute>& attributes = cell.m_Attributes;
+    const bool notPlaced = IsKeyword_G(cell.m_Options, L"NOT_PLACED");
     if (!m_CellPadStacks.count(cellName) || notPlaced)
     {
         if (!notPlaced)

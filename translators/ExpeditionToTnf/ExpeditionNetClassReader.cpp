@@ -64,8 +64,7 @@ void ExpeditionParser::ReadNetClasses()
 
 void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     double values[k_ClearanceCount] = {};
     AString token;

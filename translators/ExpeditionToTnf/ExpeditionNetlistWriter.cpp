@@ -7,6 +7,7 @@
 // component all answer to that name, which is worth a warning.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
 #include <string>
@@ -137,6 +138,10 @@ void ExpeditionToTnf::WriteNetlist(ElementList& elements, io::CBlock_stream& lay
             continue;
         const AString refDes = RefDesOrNextFree(*component, true, counter);
         const AString partNumber = component->TextOfType(L"PARTNO", true);
+        if (m_Diagnostics && !partNumber.empty() &&
+            !m_Diagnostics->IsNameGiven(ExpeditionDiagnostics::k_PartDefined, partNumber))
+            m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_PartNumber, partNumber,
+                                      "component " + ExpeditionDiagnostics::Text(refDes));
         CBlockPtr instance(L"Compinst");
         AString type;
         type.Format(L"Component%d", index++);
@@ -182,6 +187,9 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
             const auto found = pins.m_Pins.find(NetlistPins::Key(text));
             const NetlistPins::Pin* known = found == pins.m_Pins.end() ? nullptr : &found->second;
             AString refDes = known ? pins.m_RefDesTexts[known->m_RefDes] : AString();
+            if (m_Diagnostics && !known)
+                m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_NetPin, text,
+                                          "net \"" + ExpeditionDiagnostics::Text(name) + "\"");
             if (refDes.empty())
                 refDes = text.substr(0, text.find(L'-', 0));
             const size_t count = known && known->m_First >= 0 ? 1 + known->m_More.size() : 0;
@@ -205,6 +213,8 @@ void ExpeditionToTnf::WriteNets(ElementList& elements, NetlistPins& pins, io::CB
             }
         }
         block << net;
+        if (m_Diagnostics)
+            ++m_Diagnostics->InFile().m_Nets;
     }
 }
 

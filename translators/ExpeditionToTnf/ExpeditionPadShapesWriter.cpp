@@ -3,6 +3,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
 #include "core/lib/vellum/Assert.h"
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 
 #include <utility>
 
@@ -30,10 +31,12 @@ void AddRectangleArguments(CBlock_func& function, const ExpeditionRectangle& rec
 
 // The shape function of a pad; a pad of several loops, an unknown shape word
 // and a polygon of fewer than three vertices leave the entry without argument.
-void ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
+// False when the entry has no shape of the pad's own: nothing, or a circle of
+// no size for a circle pad without its circle.
+bool ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
 {
     if (pad.IsMultiLoop())
-        return;
+        return false;
     ExpeditionShapes* shape = pad.m_Shape;
     if (Is(pad.m_ShapeName, L"Circle"))
     {
@@ -42,7 +45,7 @@ void ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
         CBlock_func circle = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Circle);
         circle << (circlePtr ? 2.0 * circlePtr->m_Radius : 0.0);
         entry << circle;
-        return;
+        return circlePtr != nullptr;
     }
     const bool rectangle = Is(pad.m_ShapeName, L"Square") || Is(pad.m_ShapeName, L"Rectangle");
     const bool oblong = Is(pad.m_ShapeName, L"Oblong");
@@ -52,22 +55,24 @@ void ExpeditionToTnf::AddPadShape(CBlock_func& entry, ExpeditionPad& pad)
         ExpeditionRectangle* rectPtr = shape ? shape->AsRectangle() : nullptr;
         VELLUM_ASSERT(rectPtr);
         if (!rectPtr)
-            return;
+            return false;
         // The model's "Oblong" is the file's "Obround".
         CBlock_func function(rectangle ? L"Rectangle" : oblong ? L"Obround" : L"Bullet");
         AddRectangleArguments(function, *rectPtr, !rectangle);
         entry << function;
-        return;
+        return true;
     }
     if (Is(pad.m_ShapeName, L"Polygon"))
     {
         ExpeditionPolygon* polygon = shape ? shape->AsPolygon() : nullptr;
         if (!polygon || polygon->m_Vertices.size() < 3)
-            return;
+            return false;
         CBlock_func function = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Polygon);
         AddVertices(function, polygon->m_Vertices);
         entry << function;
+        return true;
     }
+    return false;
 }
 
 // One nested vertex per vertex, an Arc behind each vertex whose edge bulges.
@@ -96,7 +101,8 @@ CBlockPtr ExpeditionToTnf::WritePadShapes(ElementList& elements)
         if (!pad || Is(pad->m_PadType, L"Thermal") || !m_UsedPads.count(pad->m_Name))
             continue;
         CBlockFuncPtr entry(pad->m_Name);
-        AddPadShape(*entry, *pad);
+        if (!AddPadShape(*entry, *pad) && m_Diagnostics && !pad->IsMultiLoop())
+            m_Diagnostics->NullPadShape(pad->m_Name, pad->m_ShapeName);
         *block << entry;
         // The further loops of the pad stand right behind it, used or not.
         const auto loops = m_PadLoops.find(pad->m_Name);
@@ -106,7 +112,8 @@ CBlockPtr ExpeditionToTnf::WritePadShapes(ElementList& elements)
             if (ExpeditionPad* loopPad = loop ? loop->AsPad() : nullptr)
             {
                 CBlockFuncPtr loopEntry(loopPad->m_Name);
-                AddPadShape(*loopEntry, *loopPad);
+                if (!AddPadShape(*loopEntry, *loopPad) && m_Diagnostics && !loopPad->IsMultiLoop())
+                    m_Diagnostics->NullPadShape(loopPad->m_Name, loopPad->m_ShapeName);
                 *block << loopEntry;
             }
     }

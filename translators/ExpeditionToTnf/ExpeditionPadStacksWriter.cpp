@@ -7,6 +7,8 @@
 // by (a, b) moves the padstack's reference by (-a, -b), so offsets cancel.
 #include "translators/ExpeditionToTnf/ExpeditionToTnf.h"
 
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -135,6 +137,9 @@ CBlockFuncPtr ExpeditionToTnf::MakeLayerItem(const ExpeditionPadStack& padStack,
     }
     if (clearanceSeen)
         *nonConnect << thermalClearance;
+    if (m_Diagnostics && !padName.empty() && !lookup.m_Pads.count(padName))
+        m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_PadName, padName,
+                                  "padstack \"" + ExpeditionDiagnostics::Text(padStack.m_Name) + "\"");
     if (padName == L"")
         padName = L"NULLPAD";
     const double x = padStack.m_OffsetX + offsetX;
@@ -184,9 +189,18 @@ CBlockPtr ExpeditionToTnf::WritePadStacks(ElementList& elements)
             *entry << MakeLayerItem(*padStack, L"Top", 1, lookup, hasLoops, slots);
         *block << entry;
         StoreLayerSlots(padStack->m_Name, hasLoops, slots);
+        if (m_Diagnostics)
+        {
+            m_WrittenPadStacks.insert(padStack->m_Name);
+            ++m_Diagnostics->InFile().m_PadStacks;
+        }
 
         if (m_OppSidePadStacks.count(padStack->m_Name) && Is(type, L"PIN_SMD"))
+        {
             *block << WriteMirroredPadStack(*padStack, lookup);
+            if (m_Diagnostics)
+                m_WrittenPadStacks.insert(padStack->m_Name + L"_XMirrored");
+        }
     }
     WriteExtraPadStacks(*block);
     return block;
@@ -200,6 +214,15 @@ void ExpeditionToTnf::StoreLayerSlots(const AString& name, bool hasLoops,
     else
         for (PadStackLayerEntry* slot : slots)
             delete slot;
+}
+
+// A name that refers to a padstack of the file: one the writer has not
+// written is reported under the name as its record gave it.
+void ExpeditionToTnf::CheckPadStackWritten(const AString& padStack, const AString& name,
+                                           const std::string& askedBy)
+{
+    if (m_Diagnostics && !m_WrittenPadStacks.count(padStack))
+        m_Diagnostics->Unresolved(ExpeditionDiagnostics::k_PadStackName, name, askedBy);
 }
 
 // A surface padstack placed on the opposite side: its pad on the bottom.
@@ -241,6 +264,8 @@ void ExpeditionToTnf::WriteExtraPadStacks(io::CBlock& block)
                 extra->Add(io::CBlock_ptr<io::CBlock_item>(MakeExtraLayerItem(slots, j, k).Item()));
             block << extra;
             extras.push_back(extraName);
+            if (m_Diagnostics)
+                m_WrittenPadStacks.insert(extraName);
         }
         m_PadStackExtras[name] = extras;
     }

@@ -101,8 +101,7 @@ void ExpeditionParser::ReadPadstacks(ElementList& elements)
 
 void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& elements)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 0.0; // deliberately zero until the first units line
     bool databaseUnits = false;
     AString token;
@@ -207,20 +206,28 @@ void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& t
             stream >> number;
             NextToken(stream, scratch); // the keyword behind the number is not looked at
             stream >> layerPads[number];
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadName, layerPads[number], stream);
         }
         else if (IsKeyword_G(token, L"TOP_PAD") && !hasTop)
         {
             stream >> topPad;
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadName, topPad, stream);
             hasTop = true;
         }
         else if (IsKeyword_G(token, L"INTERNAL_PAD") && !hasInternal)
         {
             stream >> internalPad;
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadName, internalPad, stream);
             hasInternal = true;
         }
         else if (IsKeyword_G(token, L"BOTTOM_PAD") && !hasBottom)
         {
             stream >> bottomPad;
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadName, bottomPad, stream);
             hasBottom = true;
         }
         else if (IsKeyword_G(token, L"TOP_SOLDERMASK_PAD"))
@@ -254,6 +261,8 @@ void ExpeditionParser::ReadPadRecord(io::CToken_istream& stream, AString& token,
 {
     AString name, scratch;
     stream >> name;
+    if (m_Diagnostics)
+        m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadDefined, name, stream);
     PadWork pad;
     while (!stream.eof())
     {

@@ -26,6 +26,7 @@
 
 // The part being read from PDB.hkp.
 struct ExpeditionPartWork;
+struct ExpeditionReaderCursor;
 class ExpeditionDiagnostics;
 
 // What ExpeditionParser::ThrowFileError throws: the message of a run that
@@ -281,18 +282,22 @@ private:
         bool m_Mirrored = false;
     };
     static bool IsPlacedCellKeyword(const AString& token);
-    void ReadPlacedCells(io::CToken_istream& stream, AString& token, double& factor, PlacementState& state,
-                         ElementList& elements);
-    void ReadPlacedCellBody(io::CToken_istream& stream, AString& token, int level, double& factor,
-                            PlacementState& state, AString& options, std::vector<ExpeditionPin*>& pins,
-                            std::vector<ExpeditionShapes*>& shapes, std::vector<ExpeditionText*>& texts,
-                            std::vector<ExpeditionAttribute>& attributes, ElementList& elements);
+    // What one placed cell gives, until it becomes a component or is dropped.
+    struct PlacedCellRecord
+    {
+        AString m_CellName;
+        AString m_Options; // COMPONENT_OPTIONS
+        std::vector<ExpeditionPin*> m_Pins;
+        std::vector<ExpeditionShapes*> m_Shapes;
+        std::vector<ExpeditionText*> m_Texts;
+        std::vector<ExpeditionAttribute> m_Attributes;
+    };
+    void ReadPlacedCells(ExpeditionReaderCursor& at, PlacementState& state, ElementList& elements);
+    void ReadPlacedCellBody(ExpeditionReaderCursor& at, PlacementState& state, PlacedCellRecord& cell,
+                            ElementList& elements);
     void ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor, const PlacementState& state,
                        std::vector<ExpeditionPin*>& pins);
-    void MakeComponent(AString cellName, const AString& options, PlacementState& state, double factor,
-                       std::vector<ExpeditionPin*>& pins, std::vector<ExpeditionShapes*>& shapes,
-                       std::vector<ExpeditionText*>& texts, std::vector<ExpeditionAttribute>& attributes,
-                       ElementList& elements);
+    void MakeComponent(PlacedCellRecord& cell, PlacementState& state, double factor, ElementList& elements);
     void AddNetlistEntries(const ExpeditionComponent& component, ElementList& elements);
     AString GetInnerLayerFootprintName(ElementList& elements, const AString& cellName, int layer);
     ExpeditionPadStack* GetInnerLayerPadStack(ElementList& elements, const AString& sourceName, int layer);
@@ -358,6 +363,8 @@ private:
     // The records of Cell.hkp.
     void ReadCellRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
     static void SkipDimensionSettings(io::CToken_istream& stream);
+    static void ReportSwallowedLines(ExpeditionDiagnostics& diagnostics, const io::CToken_istream& stream,
+                                     size_t from);
 
     // The records of Padstack.hkp.
     void ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);

@@ -32,8 +32,7 @@ void ExpeditionParser::ReadPartDatabase()
 
 void ExpeditionParser::ReadPartDatabase(io::CToken_istream& stream)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     ExpeditionPartWork part;
     bool first = true;
     AString token;
@@ -45,6 +44,8 @@ void ExpeditionParser::ReadPartDatabase(io::CToken_istream& stream)
             if (!first)
                 ClosePart(part);
             stream >> part.m_Number;
+            if (m_Diagnostics)
+                m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PartDefined, part.m_Number, stream);
             part.m_Value.clear();
             part.m_ParasiticCapacitance.clear();
             part.m_ParasiticResistance.clear();

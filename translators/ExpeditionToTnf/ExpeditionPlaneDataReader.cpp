@@ -366,6 +366,8 @@ void ExpeditionParser::ReadTieLeg(io::CToken_istream& stream, AString& token, do
         return;
     double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     ReadCorners(stream, x1, y1, x2, y2);
+    if (m_Diagnostics)
+        ++m_Diagnostics->InJob().m_Traces[ExpeditionDiagnostics::LayerKey(layer)];
     if (!net)
         return; // a tie leg of no known net has no owner
     net->m_Traces.push_back(new ExpeditionTrace(layer, AString(), AString(), width,

@@ -48,6 +48,8 @@ std::vector<geom::Arc> ArcsOfTriples(const std::vector<ExpeditionParser::XYRTrip
 void ExpeditionParser::AddGeneratedPlane(ExpeditionLayoutNet* net, const AString& layer,
                                          const GeneratedPlane& plane)
 {
+    if (m_Diagnostics)
+        ++m_Diagnostics->InJob().m_PlaneContours[ExpeditionDiagnostics::LayerKey(layer)];
     if (!net)
         return; // a plane of no known net adds nothing
     geom::Polygon polygon;
@@ -90,8 +92,12 @@ void ExpeditionParser::AddConductiveShapesAsPlanes(ExpeditionLayoutNet& net,
                                                    const std::vector<ExpeditionShapes*>& shapes)
 {
     for (ExpeditionShapes* shape : shapes)
+    {
+        if (m_Diagnostics)
+            ++m_Diagnostics->InJob().m_PlaneContours[ExpeditionDiagnostics::LayerKey(shape->GetLayerName())];
         if (const std::optional<geom::Polygon> polygon = ShapeToPolygon(shape))
             net.AddPlaneShape(ExpeditionPlaneShape(*polygon, shape->GetWidth(), {}), shape->GetLayerName());
+    }
 }
 
 // A pin on a pad of several loops becomes plane copper of its net: no reader
@@ -202,6 +208,44 @@ struct ContourWalk
 };
 } // namespace
 
+namespace
+{
+// The lines of the blocks inside the file's Planes block, in the order of
+// the file, for reports: the block reader keeps no positions.
+std::vector<size_t> PlaneBlockLines(const io::CToken_istream& stream)
+{
+    std::vector<size_t> lines;
+    const std::string_view text = stream.Data();
+    int depth = 0;
+    bool inPlanes = false;
+    for (size_t start = 0; start < text.size();)
+    {
+        size_t end = text.find('\n', start);
+        if (end == std::string_view::npos)
+            end = text.size();
+        std::string_view line = text.substr(start, end - start);
+        const size_t first = line.find_first_not_of(" \t\r");
+        line = first == std::string_view::npos ? std::string_view() : line.substr(first);
+        if (line.substr(0, 6) == "$begin")
+        {
+            ++depth;
+            if (depth == 1)
+                inPlanes = line.find("'Planes'") != std::string_view::npos;
+            else if (depth == 2 && inPlanes)
+                lines.push_back(stream.LineOf(start));
+        }
+        else if (line.substr(0, 4) == "$end" && depth > 0)
+        {
+            --depth;
+            if (depth == 0 && inPlanes)
+                break;
+        }
+        start = end + 1;
+    }
+    return lines;
+}
+} // namespace
+
 bool ExpeditionParser::ReadPlanes(double factor)
 {
     // This file is looked for under this one spelling only.
@@ -215,16 +259,22 @@ bool ExpeditionParser::ReadPlanes(double factor)
 
 void ExpeditionParser::ReadPlanes(io::CToken_istream& stream, double factor)
 {
-    if (m_Diagnostics)
-        m_Diagnostics->FileOpened(stream);
+    const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     io::CBlock planes(L"Planes");
     stream >> planes;
+    const std::vector<size_t> blockLines = m_Diagnostics ? PlaneBlockLines(stream) : std::vector<size_t>();
+    size_t blocks = 0;
     for (auto it = planes.begin(); it != planes.end(); ++it)
     {
         io::CBlock_item* bit = planes.Item(it).Item();
         VELLUM_ASSERT(bit);
         if (auto* block = dynamic_cast<io::CBlock*>(bit))
+        {
+            if (m_Diagnostics)
+                m_Diagnostics->SetLineHint(blocks < blockLines.size() ? blockLines[blocks] : 0);
+            ++blocks;
             ReadPlaneBlock(*block, factor);
+        }
     }
 }
 
@@ -282,13 +332,19 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
         else
             walk.Edge();
     }
+    if (m_Diagnostics)
+    {
+        const auto named = m_LayerNames.find(layerNumber);
+        const AString layer = named == m_LayerNames.end() ? AString() : named->second;
+        m_Diagnostics->InJob().m_PlaneContours[ExpeditionDiagnostics::LayerKey(layer)] += 1 + cutouts.size();
+    }
     const geom::Polygon outline(walk.m_Arcs, true);
     if (outline.IsSegment(1e-08, nullptr) || outline.GetBBox().IsDegenerate(1e-08))
         return;
     if (!net && m_Diagnostics)
-        m_Diagnostics->Report("Planes.hkp", 0, "unresolved-net",
-                              "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
-                                  "' is left out: its net has no copper in the layout.");
+        m_Diagnostics->AtPosition("unresolved-net",
+                                  "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
+                                      "' is left out: its net has no copper in the layout.");
     const AString layerName = m_LayerNames[layerNumber];
     const bool negative = IsNegativeLayer(layerName);
     std::vector<ExpeditionPlanePolygon> voids;
@@ -320,13 +376,14 @@ void ExpeditionParser::ReadPlaneBlock(io::CBlock& block, double factor)
     const std::string where = "Plane block '" + ExpeditionDiagnostics::Text(block.Name()) +
                               "' on negative layer " + ExpeditionDiagnostics::Text(layerName) + ": ";
     if (unshrunk > 0)
-        m_Diagnostics->Report("Planes.hkp", 0, "negative-plane-unshrunk",
-                              where + std::to_string(unshrunk) +
-                                  " contours thinner than the pen are kept as drawn, without the pen width.");
+        m_Diagnostics->AtPosition(
+            "negative-plane-unshrunk",
+            where + std::to_string(unshrunk) +
+                " contours thinner than the pen are kept as drawn, without the pen width.");
     if (droppedPieces > 0)
-        m_Diagnostics->Report("Planes.hkp", 0, "plane-dropped",
-                              where + std::to_string(droppedPieces) +
-                                  " pieces that the pen width cuts off a contour are dropped.");
+        m_Diagnostics->AtPosition("plane-dropped",
+                                  where + std::to_string(droppedPieces) +
+                                      " pieces that the pen width cuts off a contour are dropped.");
 }
 
 geom::Polygon ExpeditionParser::ReadPlaneCutout(io::CBlock& contour, double factor)

@@ -77,11 +77,16 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
         {
             AString ignored;
             traces.push_back(ReadTrace(stream, token, factor, 0, ignored));
+            if (m_Diagnostics && traces.back())
+                ++m_Diagnostics->InJob()
+                      .m_Traces[ExpeditionDiagnostics::LayerKey(traces.back()->m_LayerName)];
         }
         else if (IsKeyword_G(token, L"VIA"))
         {
             AString ignored;
             vias.push_back(ReadVia(stream, token, factor, ignored));
+            if (m_Diagnostics)
+                ++m_Diagnostics->InJob().m_Vias;
         }
         else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
         {
@@ -114,6 +119,8 @@ void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token,
     if (m_Diagnostics)
         stream.MarkRecord();
     ExpeditionTrace* trace = ReadTrace(stream, token, factor, limit, netName);
+    if (m_Diagnostics && trace)
+        ++m_Diagnostics->InJob().m_Traces[ExpeditionDiagnostics::LayerKey(trace->m_LayerName)];
     if (netName.empty())
     {
         if (m_Diagnostics)
@@ -134,6 +141,8 @@ void ExpeditionParser::ReadPlacedVia(io::CToken_istream& stream, AString& token,
     if (m_Diagnostics)
         stream.MarkRecord();
     ExpeditionVia* via = ReadVia(stream, token, factor, netName);
+    if (m_Diagnostics)
+        ++m_Diagnostics->InJob().m_Vias;
     if (ExpeditionLayoutNet* net = FindNet(netName))
         net->m_Vias.push_back(via);
     else

@@ -3,6 +3,7 @@
 
 #include "core/lib/vellum/LongFileName.h"
 #include "core/lib/vellum/streamio/TokenStream.h"
+#include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
 #include "translators/ExpeditionToTnf/ExpeditionUserInterface.h"
 
@@ -26,6 +27,10 @@ ExpeditionToTnf::~ExpeditionToTnf()
     for (auto& [name, slots] : m_PadStackLayers)
         for (PadStackLayerEntry* slot : slots)
             delete slot;
+    // Translate frees the part values at its end; a run in two halves leaves
+    // them here.
+    for (auto& [part, values] : m_PartValues)
+        delete values;
     delete m_DefaultSmdPadConnection;
     delete m_DefaultThruPadConnection;
     delete m_DefaultViaConnection;
@@ -101,33 +106,70 @@ void ExpeditionToTnf::ReserveReferenceDesignators(ElementList& elements)
 
 void ExpeditionToTnf::Translate(const AString& directory, const AString& outputFile, bool interactive)
 {
-    // 1-2. Read the whole job.
-    ElementList elements;
-    auto parser = std::make_unique<ExpeditionParser>(directory);
-    parser->Read(elements);
-
-    // 3. Take over what the readers leave for the writers.
-    TakeOverFromParser(*parser);
+    // 1-3. Read the whole job and take over what the readers leave.
+    ReadJob(directory);
 
     // 4-6. Date, output name and stream; the file is opened before any block exists.
-    AString date = MakeDateText();
+    const AString date = MakeDateText();
     LongFileName file(outputFile);
     file.ChangeExt(GetFileExtension(3));
     [[maybe_unused]] io::CToken_grammar grammar;
     io::CToken_ostream stream(file, 32);
     stream.SetPrecision(10);
 
+    // 7-18. The tree, onto the stream. The stream writes into a temporary
+    // file that only Close puts in place.
+    WriteNeutralFile(stream, date);
+
+    // 19-20. Report.
+    AString success = file.NameWithExt() + L" written successfully.";
+    if (HasMissingCells())
+        success += L"\r\nSome cells were missing in the database and were ignored";
+    if (interactive)
+        ExpeditionUi::ShowMessage_G(AString(L"Success Message"), success);
+    stream.Close();
+
+    // 21. The part values were the driver's to free.
+    for (auto& [part, values] : m_PartValues)
+    {
+        delete values;
+        values = nullptr;
+    }
+    // 22. The run is over. What it built is freed with the driver, so that a
+    // program about to end can leave that to the system.
+}
+
+void ExpeditionToTnf::ReadJob(const AString& directory, ExpeditionDiagnostics* diagnostics)
+{
+    m_Diagnostics = diagnostics;
+    m_RunParser = std::make_unique<ExpeditionParser>(directory);
+    m_RunParser->m_Diagnostics = diagnostics;
+    m_RunParser->Read(m_RunElements);
+    TakeOverFromParser(*m_RunParser);
+}
+
+bool ExpeditionToTnf::HasMissingCells() const
+{
+    return m_RunParser && !m_RunParser->m_MissingCells.empty();
+}
+
+void ExpeditionToTnf::WriteNeutralFile(io::CAbstract_ostream& out, const AString& date)
+{
+    ElementList& elements = m_RunElements;
+    out.SetPrecision(10);
+
     // 7. The root and its head items. The tree of a large board repeats a few
     // names and texts millions of times; they are held once.
     io::CBlock_text_sharing sharedTexts;
-    io::CBlock_stream root(stream, L"TarvexNeutralFile");
+    io::CBlock_stream root(out, L"TarvexNeutralFile");
     CBlock_func version(L"Version");
     version << L"4" << L"0";
     root << version;
     CBlock_func source(L"Source");
     source << AString(L"MentorExpedition") << AString(L"Version 2002") << AString();
     root << source;
-    root << CNamed_value_manip<AString>(L"Date", CBlock_value(date), &date);
+    AString dateText = date;
+    root << CNamed_value_manip<AString>(L"Date", CBlock_value(dateText), &dateText);
     root << CNamed_value_manip<AString>(L"DefaultUnits", CBlock_value(L"mm"));
 
     // 8. The two names of the unconnected net are left as the model has them:
@@ -141,40 +183,30 @@ void ExpeditionToTnf::Translate(const AString& directory, const AString& outputF
     // 9. Reference designators that begin with "U" are taken.
     ReserveReferenceDesignators(elements);
 
-    // 10-18. The blocks, in the file's order. Each goes to the file as soon as
-    // it is complete and is let go, so that a large board is never held as a
-    // model and a whole tree side by side; the text is the one the whole tree
-    // would give. The stream writes into a temporary file that only Close
-    // puts in place.
+    // 10-18. The blocks, in the file's order. Each goes to the stream as soon
+    // as it is complete and is let go, so that a large board is never held as
+    // a model and a whole tree side by side; the text is the one the whole
+    // tree would give. A sink hears which block is being built.
+    const auto writing = [this](const char* block)
+    {
+        if (m_Diagnostics)
+            m_Diagnostics->Writing(block);
+    };
+    writing("PadShapes");
     root << WritePadShapes(elements);
+    writing("PadStacks");
     root << WritePadStacks(elements);
+    writing("Footprints");
     ExpandPins(elements);
     root << CBlockPtr(L"Symbols");
     root << WriteFootprints(elements);
     root << CBlockPtr(L"Materials");
+    writing("Components");
     root << WriteComponents(elements);
+    writing("LayoutData");
     WriteLayoutData(elements, root);
     root.Close();
-
-    // 19-20. Report.
-    AString success = file.NameWithExt() + L" written successfully.";
-    if (!parser->m_MissingCells.empty())
-        success += L"\r\nSome cells were missing in the database and were ignored";
-    if (interactive)
-        ExpeditionUi::ShowMessage_G(AString(L"Success Message"), success);
-    stream.Close();
-
-    // 21. The part values were the driver's to free.
-    for (auto& [part, values] : m_PartValues)
-    {
-        delete values;
-        values = nullptr;
-    }
-
-    // 22. The run is over. What it built is freed with the driver, so that a
-    // program about to end can leave that to the system.
-    m_RunParser = std::move(parser);
-    m_RunElements = std::move(elements);
+    writing(nullptr);
 }
 
 void ExpeditionToTnf::WriteLayoutData(ElementList& elements, io::CBlock_stream& root)

@@ -16,6 +16,7 @@
 #include <set>
 #include <vector>
 
+class ExpeditionDiagnostics;
 class ExpeditionParser;
 
 // One layer item of a padstack whose pad has further loops.
@@ -48,6 +49,18 @@ public:
     // the neutral file's extension. In interactive mode success is reported
     // in a message box.
     void Translate(const AString& directory, const AString& outputFile, bool interactive);
+
+    // The two halves of a run, for a caller that wants the text somewhere
+    // else or not at all, such as the checking program. ReadJob reads the job
+    // and takes over what the readers leave (steps 1 to 3); a job that cannot
+    // be read ends the run through the parser's file-error handler.
+    // WriteNeutralFile builds the tree and writes it onto out (steps 7 to 18)
+    // with the given date text. A sink, when given, hears what the readers
+    // and writers drop; nothing written depends on it.
+    void ReadJob(const AString& directory, ExpeditionDiagnostics* diagnostics = nullptr);
+    void WriteNeutralFile(io::CAbstract_ostream& out, const AString& date);
+    // Whether some placed cells were not in the cell library.
+    bool HasMissingCells() const;
 
     // The date text of the file: ctime's local time without its line feed.
     static AString MakeDateText();
@@ -86,6 +99,8 @@ public:
     std::set<AString> m_OppSidePadStacks;
     std::set<AString> m_ReservedRefDes;
     std::map<AString, AString> m_PartTypes;
+    // Where the writers report what they drop; null in the translator.
+    ExpeditionDiagnostics* m_Diagnostics = nullptr;
 
     // The first "U%d" from counter on that no component's reference
     // designator holds; the counter is left at the number returned.
@@ -145,8 +160,13 @@ private:
     io::CBlockPtr WriteMirroredPadStack(const ExpeditionPadStack& padStack, const PadStackLookup& lookup);
     void WriteExtraPadStacks(io::CBlock& block);
     io::CBlockFuncPtr MakeExtraLayerItem(const std::vector<PadStackLayerEntry*>& slots, size_t j, size_t k);
-    void AddPadShape(io::CBlock_func& entry, ExpeditionPad& pad);
+    bool AddPadShape(io::CBlock_func& entry, ExpeditionPad& pad);
     void TakeOverFromParser(ExpeditionParser& parser);
     static int BoundedPhysicalLayers(const ExpeditionParser& parser);
     void ReserveReferenceDesignators(ElementList& elements);
+    // What the writers have put into the file, kept only for a sink: the
+    // names that later blocks refer to.
+    std::set<AString> m_WrittenPadStacks;
+    std::set<AString> m_WrittenFootprints;
+    void CheckPadStackWritten(const AString& padStack, const AString& name, const std::string& askedBy);
 };

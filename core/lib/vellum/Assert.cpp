@@ -11,6 +11,7 @@ bool LogFailedAsserts_G = false;
 namespace
 {
 unsigned long failedAsserts = 0;
+AssertObserver observer = nullptr;
 
 // "lib/math/geometry/source/Polygon.cpp" is reported as
 // "lib/math/geometry/source/Polygon": the place, not the file type.
@@ -28,17 +29,34 @@ std::string SourcePlace(const char* file)
 void ProcessAssertFailure_G(const char* file, int line, const char* expression, bool& ignore)
 {
     ++failedAsserts;
+    ignore = true;
+    if (observer)
+    {
+        observer(SourcePlace(file).c_str(), line, expression ? expression : "");
+        return;
+    }
     std::fprintf(stderr, "Assertion failed: %s(%d): %s\n", SourcePlace(file).c_str(), line,
                  expression ? expression : "");
     std::fflush(stderr);
-    ignore = true;
 }
 
 void LogAssertFailure_G(const char* file, int line, const char* expression)
 {
     ++failedAsserts;
+    if (observer)
+    {
+        observer(SourcePlace(file).c_str(), line, expression ? expression : "");
+        return;
+    }
     std::fprintf(stderr, "Assertion failed (logged): %s(%d): %s\n", SourcePlace(file).c_str(), line,
                  expression ? expression : "");
+}
+
+AssertObserver SetAssertObserver_G(AssertObserver replacement)
+{
+    const AssertObserver earlier = observer;
+    observer = replacement;
+    return earlier;
 }
 
 unsigned long GetFailedAssertCount_G()

@@ -17,6 +17,13 @@ void ProcessAssertFailure_G(const char* file, int line, const char* expression, 
 // the same line, prefixed "logged".
 void LogAssertFailure_G(const char* file, int line, const char* expression);
 
+// A program that reports failed assertions in its own words (the checking
+// program) installs an observer: while one is installed, every failure goes
+// to it instead of standard error, with the place as the report names it.
+// Returns the observer it replaces; null goes back to standard error.
+using AssertObserver = void (*)(const char* file, int line, const char* expression);
+AssertObserver SetAssertObserver_G(AssertObserver observer);
+
 // How many assertions have failed in this process (reported or logged); the
 // tests read it to prove that a design's assertion fires.
 unsigned long GetFailedAssertCount_G();

@@ -79,8 +79,11 @@ TEST(ExpeditionCheck, ReportAndStrictExitStatus)
     EXPECT_NE(report.m_Output.find("JobPrefs.hkp:95: section-cut-short:"), std::string::npos)
         << report.m_Output;
     EXPECT_NE(report.m_Output.find("Layout.hkp: 842 lines read"), std::string::npos) << report.m_Output;
-    EXPECT_NE(report.m_Output.find("components 12, pins 43, nets 7, vias 15"), std::string::npos)
+    EXPECT_NE(report.m_Output.find("components 12 -> 12, pins 43 -> 43, nets 7 -> 7, vias 15 -> 15"),
+              std::string::npos)
         << report.m_Output;
+    // The writers ran: the size of the file the translator writes.
+    EXPECT_NE(report.m_Output.find("the file would be 27889 bytes"), std::string::npos) << report.m_Output;
     EXPECT_EQ(Check("--strict \"" + lossy.string() + "\"").m_Status, 1);
     EXPECT_EQ(Listing(lossy), before); // nothing written into the job
 

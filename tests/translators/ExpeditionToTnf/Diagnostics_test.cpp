@@ -148,7 +148,7 @@ TEST(Diagnostics, PlaneDataOfANetWithoutCopper)
     read.m_Parser.ReadPlanes(planes, 1.0);
     const auto events = read.Events("unresolved-net");
     ASSERT_EQ(events.size(), 2u);
-    EXPECT_EQ(events[1], "Planes.hkp:0");
+    EXPECT_EQ(events[1], "Planes.hkp:2"); // the line of the block's $begin
     EXPECT_NE(read.m_Diagnostics.GetEvents().back().m_Text.find("'P7'"), std::string::npos);
 }
 
@@ -189,6 +189,8 @@ TEST(Diagnostics, NegativePlaneContoursThinnerThanThePenOrCutApart)
     read.m_Parser.ReadPlanes(planes, 1.0);
     const auto* unshrunk = read.First("negative-plane-unshrunk");
     ASSERT_NE(unshrunk, nullptr);
+    EXPECT_EQ(read.Events("negative-plane-unshrunk"), std::vector<std::string>{"Planes.hkp:2"});
+    EXPECT_EQ(read.Events("plane-dropped"), std::vector<std::string>{"Planes.hkp:12"});
     EXPECT_NE(unshrunk->m_Text.find("'Thin'"), std::string::npos) << unshrunk->m_Text;
     const auto* dropped = read.First("plane-dropped");
     ASSERT_NE(dropped, nullptr);
