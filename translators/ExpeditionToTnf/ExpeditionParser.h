@@ -212,7 +212,9 @@ public:
     bool IsNegativeLayer(const AString& layerName);
 
     // Body readers shared by Cell.hkp and Layout.hkp. Each is entered on its
-    // keyword and leaves the keyword that ended its record in token.
+    // keyword and leaves the keyword that ended its record in the cursor's
+    // token; they take the cursor by value, so the caller's level stays that
+    // of the last keyword it read itself.
     ExpeditionPin* ReadCellPin(ExpeditionReaderCursor at);
     // The lines of a pin record as the file gives them; a placed pin also
     // passes over a PID line.
@@ -227,7 +229,7 @@ public:
     void ReadText(ExpeditionReaderCursor at, std::vector<ExpeditionText*>& texts,
                   std::vector<ExpeditionAttribute>& attributes);
     // A trace record; with limit 0 the record of a net block or a cell, with
-    // limit 2 or 3 a free trace, whose NETNAME goes to netName.
+    // limit k_OneDot or k_TwoDots a free trace, whose NETNAME goes to netName.
     ExpeditionTrace* ReadTrace(ExpeditionReaderCursor at, int limit, AString& netName);
     ExpeditionVia* ReadVia(ExpeditionReaderCursor at, AString& netName);
 
@@ -308,6 +310,8 @@ private:
                        ElementList& elements);
     void ReadFreeTrace(ExpeditionReaderCursor at, int limit, ElementList& elements);
     void ReadPlacedVia(ExpeditionReaderCursor at);
+    // An area record moves its caller's level: the list or net block around
+    // it ends on the level of the keyword that ended the area.
     void ReadConductiveAreaRecord(ExpeditionReaderCursor& at, std::vector<ExpeditionShapes*>& shapes,
                                   AString& netName);
     void ReadConductiveAreas(ExpeditionReaderCursor at, int limit, bool obstructs, ElementList& elements);
