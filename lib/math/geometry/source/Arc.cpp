@@ -4,6 +4,7 @@
 #include "lib/math/geometry/Arc.h"
 
 #include "core/lib/vellum/Assert.h"
+#include "lib/math/geometry/ChordFrame.h"
 #include "lib/math/geometry/Transformation.h"
 #include "lib/math/geometry/Triangle.h"
 
@@ -86,6 +87,19 @@ Arc::Arc(const Point& start, const Point& middle, const Point& end) : m_Start(st
     const Direction turn = GetOrientation_G(start, middle, end);
     if (turn == k_NoDirection)
         return;
+    if (start != end)
+    {
+        // Three points nearly in line have their circle's centre far out,
+        // where r - s of the constructor below cancels; the sagitta then
+        // comes from the chord.
+        const ChordFrame frame(Arc(start, end, Unit(1.0)));
+        const Unit height = frame.GetSagittaThrough(middle);
+        if (ChordFrame::IsFlat(Arc(start, end, height)))
+        {
+            m_Height = height;
+            return;
+        }
+    }
     const Circumference circle = Triangle(start, middle, end).GetCircumscribedCircle();
     *this = Arc(Segment(start, end), turn, circle.GetCenter());
 }
@@ -337,6 +351,8 @@ Box Arc::GetBBox() const
         return chord_box;
     if (m_Start == m_End)
         return GetCircumference().GetBBox();
+    if (ChordFrame::IsFlat(*this))
+        return ChordFrame(*this).GetBBox();
     const bool big = IsBig();
     // A short arc over an axis-parallel chord reaches farthest at its middle.
     if (!big && (m_Start.m_X == m_End.m_X || m_Start.m_Y == m_End.m_Y))
@@ -406,6 +422,8 @@ double Arc::GetPosition(const Point& p, Unit accuracy) const
         return 1.0;
     if (m_Height == k_Unit_0)
         return std::clamp(GetStartEndSegment().GetProjectionRate(p), 0.0, 1.0);
+    if (ChordFrame::IsFlat(*this))
+        return ChordFrame(*this).GetPosition(p);
     const Point center = GetCenter();
     if (p.IsEqualTo(center, accuracy))
         return 0.0;
@@ -432,6 +450,8 @@ Point Arc::GetPointAt(double position) const
         return m_End;
     if (m_Height == k_Unit_0)
         return m_Start + (m_End - m_Start) * position;
+    if (ChordFrame::IsFlat(*this))
+        return ChordFrame(*this).GetPointAt(position);
     const Point center = GetCenter();
     return center + (m_Start - center).GetRotated(GetAngle() * position);
 }
@@ -442,6 +462,8 @@ Arc Arc::GetSubArc(double ra1, double ra2) const
         return *this;
     if (ra1 == 1.0 && ra2 == 0.0)
         return GetReversed();
+    if (ChordFrame::IsFlat(*this))
+        return ChordFrame(*this).GetSubArc(ra1, ra2);
     const Point p1 = GetPointAt(ra1);
     if (ra1 == ra2)
         return Arc(p1, p1, k_Unit_0);

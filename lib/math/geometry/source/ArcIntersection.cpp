@@ -7,6 +7,7 @@
 #include "core/lib/vellum/Assert.h"
 
 #include "lib/math/geometry/Arc.h"
+#include "lib/math/geometry/ChordFrame.h"
 #include <initializer_list>
 
 #include <algorithm>
@@ -79,6 +80,14 @@ bool Arc::IsInSpan(const Point& p, Unit accuracy) const
     }
     if (IsWithin(p, m_Start, accuracy) || IsWithin(p, m_End, accuracy))
         return true;
+    if (ChordFrame::IsFlat(*this))
+    {
+        // Seen from a centre a thousand chords away the span is a sliver of
+        // angle; over the chord it is plain.
+        const ChordFrame frame(*this);
+        if (std::fabs(frame.GetAcross(p)) <= frame.GetHalfChord())
+            return frame.IsInSpan(p, accuracy);
+    }
     const Point center = GetCenter();
     if (IsWithin(p, center, accuracy))
         return true;
@@ -100,6 +109,8 @@ bool Arc::IntersectsWith(const Point& p, Unit accuracy) const
         return true;
     if (!GetLooseBBox().Contains(p, accuracy) || !GetBBox().Contains(p, accuracy))
         return false;
+    if (ChordFrame::IsFlat(*this))
+        return ChordFrame(*this).IsOnArc(p, accuracy);
     const Circumference circle = GetCircumference();
     if (!circle.IntersectsWith(p, accuracy))
         return false;
@@ -122,6 +133,8 @@ bool Arc::IntersectsWith(const Segment& segment, Unit accuracy) const
     if (!GetLooseBBox().IntersectsWith(segment_box, accuracy) ||
         !GetBBox().IntersectsWith(segment_box, accuracy))
         return false;
+    if (ChordFrame::IsFlat(*this))
+        return GetIntersections(Arc(segment), accuracy).first.m_Success;
     const auto crossings = GetCircumference().GetIntersections(segment, accuracy);
     return (crossings.first.m_Success && IsInSpan(crossings.first.m_Value, accuracy)) ||
            (crossings.second.m_Success && IsInSpan(crossings.second.m_Value, accuracy));
@@ -162,6 +175,8 @@ bool Arc::IntersectsWith(const Arc& arc, Unit accuracy) const
         return true;
     if (!GetLooseBBox().IntersectsWith(arc.GetLooseBBox(), accuracy))
         return false;
+    if (ChordFrame::IsFlat(*this) || ChordFrame::IsFlat(arc))
+        return GetIntersections(arc, accuracy).first.m_Success;
     const Circumference c1 = GetCircumference(), c2 = arc.GetCircumference();
     if (c1.GetBBox().IsEqualTo(c2.GetBBox(), accuracy))
         return arc.IsInSpan(m_Start, accuracy) || arc.IsInSpan(m_End, accuracy) ||
@@ -229,6 +244,20 @@ ArcIntersections GetCommonPieces(const Arc& a, const Arc& other, Unit accuracy)
     return ret;
 }
 
+// Whether one segment lies along the other's line within half the accuracy
+// at both its ends. The parallel test alone lets a segment as short as the
+// accuracy pass at any angle: that one touches the other at a point.
+bool IsRunningAlong(const Segment& s1, const Segment& s2, Unit accuracy)
+{
+    const auto near_carrier = [&](const Segment& s, const Point& p)
+    {
+        const Area cross = s.GetVector().GetVectorProductWith(p - s.GetStart()).GetAbs();
+        return cross <= s.GetLength() * accuracy * 0.5;
+    };
+    return (near_carrier(s1, s2.GetStart()) && near_carrier(s1, s2.GetEnd())) ||
+           (near_carrier(s2, s1.GetStart()) && near_carrier(s2, s1.GetEnd()));
+}
+
 // The touching or crossing point of two straight edges that meet within accuracy.
 Point GetStraightContact(const Segment& s1, const Segment& s2, Unit accuracy)
 {
@@ -253,7 +282,7 @@ ArcIntersections Arc::GetIntersections(const Arc& arc, Unit accuracy) const
     {
         if (!s1.IntersectsWith(s2, accuracy))
             return ret;
-        if (s1.IsParallelTo(s2, accuracy))
+        if (s1.IsParallelTo(s2, accuracy) && IsRunningAlong(s1, s2, accuracy))
             ret.first = {true, Arc(s1.GetOverlap(s2, accuracy))};
         else
             ret.first = {true, MakePointArc(GetStraightContact(s1, s2, accuracy))};
@@ -265,6 +294,16 @@ ArcIntersections Arc::GetIntersections(const Arc& arc, Unit accuracy) const
         const Segment& segment = straight1 ? s1 : s2;
         if (!curved.GetLooseBBox().IntersectsWith(segment.GetBBox(), accuracy))
             return ret;
+        if (ChordFrame::IsFlat(curved))
+        {
+            // The circle's crossings with the segment, found from the chord:
+            // from the far centre they cancel down to noise.
+            const ArcIntersections found = ChordFrame(curved).GetIntersections(segment, accuracy);
+            for (const Result_T<Arc>* x : {&found.first, &found.second})
+                if (x->m_Success && curved.IsInSpan(x->m_Value.GetStart(), accuracy))
+                    (ret.first.m_Success ? ret.second : ret.first) = *x;
+            return ret;
+        }
         const auto crossings = curved.GetCircumference().GetIntersections(segment, accuracy);
         if (crossings.first.m_Success && curved.IsInSpan(crossings.first.m_Value, accuracy))
             ret.first = {true, MakePointArc(crossings.first.m_Value)};
@@ -276,10 +315,25 @@ ArcIntersections Arc::GetIntersections(const Arc& arc, Unit accuracy) const
     if (!GetLooseBBox().IntersectsWith(arc.GetLooseBBox(), accuracy))
         return ret;
     const auto crossings = GetCircumference().GetIntersections(arc.GetCircumference(), accuracy);
+    if (crossings.first.m_Success && !crossings.first.m_Value.IsSegment(k_Unit_0, nullptr))
+        return GetCommonPieces(*this, arc, accuracy);
+    const bool flat = ChordFrame::IsFlat(*this), other_flat = ChordFrame::IsFlat(arc);
+    if (flat || other_flat)
+    {
+        // Measured from the chord of the flat one (the flatter of two).
+        const bool own_frame =
+            flat && (!other_flat || m_Height.GetAbs() * arc.GetStartEndSegment().GetLength() <=
+                                        arc.GetHeight().GetAbs() * GetStartEndSegment().GetLength());
+        const ArcIntersections found = own_frame ? ChordFrame(*this).GetIntersections(arc, accuracy)
+                                                 : ChordFrame(arc).GetIntersections(*this, accuracy);
+        for (const Result_T<Arc>* x : {&found.first, &found.second})
+            if (x->m_Success && IsInSpan(x->m_Value.GetStart(), accuracy) &&
+                arc.IsInSpan(x->m_Value.GetStart(), accuracy))
+                (ret.first.m_Success ? ret.second : ret.first) = *x;
+        return ret;
+    }
     if (!crossings.first.m_Success)
         return ret;
-    if (!crossings.first.m_Value.IsSegment(k_Unit_0, nullptr))
-        return GetCommonPieces(*this, arc, accuracy);
     const auto keep = [&](const Result_T<Arc>& x)
     {
         return x.m_Success && IsInSpan(x.m_Value.GetStart(), accuracy) &&

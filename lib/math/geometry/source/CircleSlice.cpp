@@ -2,6 +2,7 @@
 #include "lib/math/geometry/CircleSlice.h"
 
 #include "core/lib/vellum/Assert.h"
+#include "lib/math/geometry/ChordFrame.h"
 #include "lib/math/geometry/Triangle.h"
 
 #include <cmath>
@@ -47,6 +48,8 @@ bool CircleSlice::Contains(const Point& p) const
 {
     if (m_Arc.GetHeight() == k_Unit_0)
         return false;
+    if (ChordFrame::IsFlat(m_Arc))
+        return ChordFrame(m_Arc).IsInSlice(p);
     const Circumference circle = m_Arc.GetCircumference();
     if (!(p.GetDistanceSquareTo(circle.GetCenter()) < circle.GetRadius() * circle.GetRadius()))
         return false;

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 #include <unordered_map>
 
@@ -43,9 +44,14 @@ std::uint64_t GetHilbertKey(const Point& p, const Box& world)
     const std::uint32_t n = 1u << 16;
     const auto cell = [&](Unit v, Unit low)
     {
+        // A coordinate that overflowed to infinity or is no number at all
+        // gets an end cell rather than an undefined conversion.
         const double f = (v - low) / Unit(size);
-        const double c = std::clamp(f, 0.0, 1.0) * (n - 1);
-        return static_cast<std::uint32_t>(c);
+        if (!(f > 0.0))
+            return std::uint32_t(0);
+        if (!(f < 1.0))
+            return n - 1;
+        return static_cast<std::uint32_t>(f * (n - 1));
     };
     std::uint32_t x = cell(p.m_X, world.GetMinX()), y = cell(p.m_Y, world.GetMinY());
     std::uint64_t d = 0;
@@ -107,6 +113,18 @@ void Join(std::vector<int>& parent, int a, int b)
         parent[static_cast<size_t>(a)] = b;
 }
 
+// The grid cell of a coordinate. Finite coordinates of any size stay far
+// inside the integers, since the cells grow with the coordinates; one that
+// overflowed to infinity, or isn't a number, is put in an outermost cell.
+std::int64_t GetCell(double v, double size)
+{
+    const double k_Limit = 4.0e18; // below 2^63, with room for the neighbours
+    const double c = std::floor(v / size);
+    if (std::isnan(c))
+        return 0;
+    return static_cast<std::int64_t>(std::clamp(c, -k_Limit, k_Limit));
+}
+
 // Points within tolerance of each other (transitively) form one cluster;
 // returns each point's cluster root. A grid of cells of the tolerance's size
 // keeps this near linear.
@@ -132,8 +150,12 @@ std::vector<int> ClusterPoints(const std::vector<Point>& points, Unit tolerance)
         // a coordinate's cell number leaves the integers.
         double magnitude = 0;
         for (const Point& p : points)
-            magnitude = std::max({magnitude, std::fabs(p.m_X.GetValue()), std::fabs(p.m_Y.GetValue())});
-        const double t = std::max(tolerance.GetValue(), magnitude * 1e-15);
+            for (const double v : {std::fabs(p.m_X.GetValue()), std::fabs(p.m_Y.GetValue())})
+                if (v <= std::numeric_limits<double>::max())
+                    magnitude = std::max(magnitude, v);
+        double t = std::max(tolerance.GetValue(), magnitude * 1e-15);
+        if (!(t > 0.0 && t <= std::numeric_limits<double>::max()))
+            t = 1.0;
         const Area tolerance_square = tolerance * tolerance;
         struct CellHash
         {
@@ -148,8 +170,7 @@ std::vector<int> ClusterPoints(const std::vector<Point>& points, Unit tolerance)
         for (size_t i = 0; i < points.size(); ++i)
         {
             const Point& p = points[i];
-            const auto cx = static_cast<std::int64_t>(std::floor(p.m_X.GetValue() / t));
-            const auto cy = static_cast<std::int64_t>(std::floor(p.m_Y.GetValue() / t));
+            const std::int64_t cx = GetCell(p.m_X.GetValue(), t), cy = GetCell(p.m_Y.GetValue(), t);
             for (std::int64_t dx = -1; dx <= 1; ++dx)
                 for (std::int64_t dy = -1; dy <= 1; ++dy)
                 {

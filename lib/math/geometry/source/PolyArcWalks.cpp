@@ -2,6 +2,7 @@
 #include "lib/math/geometry/PolyArc.h"
 
 #include "core/lib/vellum/Assert.h"
+#include "lib/math/geometry/ChordFrame.h"
 #include "lib/math/geometry/CircleSlice.h"
 
 #include <algorithm>
@@ -129,7 +130,10 @@ std::vector<Point> PolyArc::GetPoints(Angle angle_step, bool last_point_too, int
         {
             const Angle max_arc_angle = angle_step;
             VELLUM_ASSERT(max_arc_angle > k_Angle_0);
-            count = std::max(1, static_cast<int>(std::ceil(a.GetAngle().GetAbs() / max_arc_angle)));
+            // Bounded before the conversion: a tiny step or an arc of no
+            // number would leave the integers.
+            const double steps = std::ceil(a.GetAngle().GetAbs() / max_arc_angle);
+            count = steps >= 1.0 ? static_cast<int>(std::min(steps, static_cast<double>(limit))) : 1;
         }
         a.GetPoints(std::min(count, limit), false, ret);
     }
@@ -153,6 +157,14 @@ Unit GetDistanceToArc(const Arc& arc, const Point& p)
 {
     if (arc.GetHeight() == k_Unit_0)
         return arc.GetStartEndSegment().GetDistanceTo(p, k_InfiniteUnit);
+    if (ChordFrame::IsFlat(arc))
+    {
+        const ChordFrame frame(arc);
+        if (std::fabs(frame.GetAlong(p)) <= frame.GetHalfChord())
+            return Unit(std::fabs(frame.GetValue(p)));
+        return std::min(p.GetDistanceTo(arc.GetStart(), k_InfiniteUnit),
+                        p.GetDistanceTo(arc.GetEnd(), k_InfiniteUnit));
+    }
     const Circumference circle = arc.GetCircumference();
     const Unit radial = (p.GetDistanceTo(circle.GetCenter(), k_InfiniteUnit) - circle.GetRadius()).GetAbs();
     if (arc.IsInSpan(circle.GetNearestPoint(p), k_Unit_0))
@@ -289,8 +301,10 @@ Result_T<Arc> GetOffsetArc_G(const Arc& arc, Unit by, Unit accuracy)
         ret.m_Value = Arc(arc.GetStart() + right, arc.GetEnd() + right, k_Unit_0);
         return ret;
     }
-    const Circumference circle = arc.GetCircumference();
     const Direction direction = arc.GetDirection();
+    if (ChordFrame::IsFlat(arc))
+        return ChordFrame(arc).GetOffset(direction == k_CW ? -by : by, accuracy);
+    const Circumference circle = arc.GetCircumference();
     const Unit radius = direction == k_CW ? circle.GetRadius() - by : circle.GetRadius() + by;
     if (radius <= accuracy)
         return ret;

@@ -16,8 +16,12 @@ Circumference Triangle::GetCircumscribedCircle() const
 {
     if (GetOrientation() != k_NoDirection)
     {
-        const Result_T<Point> center = GetIntersection_G(Line::GetPerpendicularBisector(Segment(m_A, m_B)),
-                                                         Line::GetPerpendicularBisector(Segment(m_B, m_C)));
+        // Points that turn, but so little that the bisectors' directions
+        // round to parallel, have no centre to be found: they count as in line.
+        const Line ab = Line::GetPerpendicularBisector(Segment(m_A, m_B));
+        const Line bc = Line::GetPerpendicularBisector(Segment(m_B, m_C));
+        const Result_T<Point> center =
+            ab.IntersectsWith(bc, k_Unit_0) ? GetIntersection_G(ab, bc) : Result_T<Point>();
         if (center.m_Success)
             return Circumference(center.m_Value, center.m_Value.GetDistanceTo(m_A, k_InfiniteUnit));
     }

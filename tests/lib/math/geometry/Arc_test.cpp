@@ -4,6 +4,7 @@
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/Arc.h"
 #include "lib/math/geometry/Transformation.h"
+#include "lib/math/geometry/Triangle.h"
 
 #include <gtest/gtest.h>
 
@@ -578,4 +579,42 @@ TEST(Arcs, TransformationAndAverage)
     EXPECT_NEAR(mid.GetCenterAzimuth().GetValue(k_Degrees), 22.5, 1e-12);
     EXPECT_EQ(base.GetAverage(other, 0.0), base);
     EXPECT_TRUE(Asserts([&] { (void)base.GetAverage(other, 1.5); }));
+}
+
+TEST(Arcs, ASegmentAsShortAsTheAccuracyTouchesAtAPoint)
+{
+    // A segment about as long as the accuracy passes the parallel test at
+    // any angle. Where it meets a long edge at a steep angle the two touch
+    // at a point; taking them for overlapping ones failed the overlap's
+    // assertion that all four ends lie near one central line.
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(0, 1);
+    const Unit accuracy(1e-6);
+    for (int i = 0; i < 2000; ++i)
+    {
+        const double angle = 0.3 + 2.5 * unit(random),
+                     length = accuracy.GetValue() * (0.5 + 1.5 * unit(random));
+        const Point on(Unit(20 * unit(random)), Unit(0.0));
+        const Segment edge(Point(0.0, 0.0), Point(20.0, 0.0));
+        const Segment tiny(on, on + Vector(Unit(length * std::cos(angle)), Unit(length * std::sin(angle))));
+        ArcIntersections found;
+        EXPECT_FALSE(Asserts([&] { found = Arc(tiny).GetIntersections(Arc(edge), accuracy); })) << i;
+        ASSERT_TRUE(found.first.m_Success) << i;
+        EXPECT_TRUE(edge.IntersectsWith(found.first.m_Value.GetStart(), accuracy)) << i;
+        EXPECT_TRUE(tiny.IntersectsWith(found.first.m_Value.GetStart(), accuracy)) << i;
+    }
+}
+
+TEST(Arcs, ThreePointsAlmostInLineHaveACircle)
+{
+    // The three points turn, exactly, but so little that the directions of
+    // two side bisectors round to parallel: no centre is sought where the
+    // lines don't meet, and the circle is the one on the longest side.
+    const Point a(8.6511472273633103, 9.9436961646053099), b(9.9808103093054719, -7.4375110445538795),
+        c(1.6328923246855673, 101.68553991946217);
+    Circumference circle;
+    EXPECT_FALSE(Asserts([&] { circle = Triangle(a, b, c).GetCircumscribedCircle(); }));
+    const double longest = std::sqrt(b.GetDistanceSquareTo(c).GetValue());
+    EXPECT_TRUE(std::isfinite(circle.GetRadius().GetValue()));
+    EXPECT_GE(circle.GetRadius().GetValue(), longest / 2 * (1 - 1e-12));
 }
