@@ -2,6 +2,7 @@
 // route outline, of Layout.hkp.
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 #include "core/lib/vellum/Assert.h"
 
@@ -34,9 +35,11 @@ ExpeditionShapes* CopyShapeOnLayer(ExpeditionShapes* shape, const AString& layer
 }
 } // namespace
 
-void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, double factor,
-                                 ElementList& elements)
+void ExpeditionParser::ReadBoard(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     const AString board(L"Board");
     double originX = 0.0, originY = 0.0;
     double width = 0.0; // not reset: contours without WIDTH take the outline's
@@ -54,11 +57,11 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
         return shape;
     };
 
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
         if (IsKeyword_G(token, L"BOARD_ORIGIN"))
         {
-            NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"XY"))
             {
                 stream >> scratch;
@@ -71,15 +74,15 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
                     stream >> scratch >> originY;
                 }
             }
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"BOARD_OUTLINE"))
         {
-            NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"GROUP_ID"))
             {
                 stream >> scratch;
-                NextToken(stream, token);
+                at.Next();
             }
             if (IsPathKeyword(token))
             {
@@ -89,14 +92,14 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
                     outline = shape;
                 }
             }
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"CONTOUR"))
         {
             stream >> scratch;
-            while (!stream.eof())
+            while (!at.AtEnd())
             {
-                NextToken(stream, token);
+                at.Next();
                 if (IsKeyword_G(token, L"COMP") || IsKeyword_G(token, L"HOLE") ||
                     IsKeyword_G(token, L"DIRECTION"))
                     stream >> scratch;
@@ -112,10 +115,10 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
         else if (IsKeyword_G(token, L"GROUP_ID"))
         {
             stream >> scratch;
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"DIMENSION_DATA"))
-            NextToken(stream, token);
+            at.Next();
         else
             break;
     }
@@ -124,13 +127,15 @@ void ExpeditionParser::ReadBoard(io::CToken_istream& stream, AString& token, dou
     elements.push_back(new ExpeditionBoard(originX * factor, originY * factor, outline, contours));
 }
 
-void ExpeditionParser::ReadRouteOutline(io::CToken_istream& stream, AString& token, double factor,
-                                        ElementList& elements)
+void ExpeditionParser::ReadRouteOutline(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString scratch;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        const int level = NextToken(stream, token);
+        at.Next();
         ExpeditionShapes* shape = nullptr;
         if (IsPathKeyword(token))
         {
@@ -149,7 +154,7 @@ void ExpeditionParser::ReadRouteOutline(io::CToken_istream& stream, AString& tok
             stream >> scratch;
             continue;
         }
-        else if (level < k_TwoDots)
+        else if (at.m_Level < k_TwoDots)
             return;
         else
         {

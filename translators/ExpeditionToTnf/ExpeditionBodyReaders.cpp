@@ -11,6 +11,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 #include "core/lib/vellum/Assert.h"
 
@@ -136,12 +137,14 @@ AString ExpeditionParser::LayerNameOfWord(const AString& word)
     return GetMountLayerName(word);
 }
 
-void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, bool placed, PinRecord& pin)
+void ExpeditionParser::ReadPinLines(ExpeditionReaderCursor at, bool placed, PinRecord& pin)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     stream >> pin.m_Name;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        const int level = NextToken(stream, token);
+        const int level = at.Next();
         if (IsKeyword_G(token, L"NETNAME"))
             stream >> pin.m_NetName;
         else if (IsKeyword_G(token, L"XY"))
@@ -175,17 +178,20 @@ void ExpeditionParser::ReadPinLines(io::CToken_istream& stream, AString& token, 
         pin.m_Rotation = 180.0 - pin.m_Rotation;
 }
 
-ExpeditionPin* ExpeditionParser::ReadCellPin(io::CToken_istream& stream, AString& token, double factor)
+ExpeditionPin* ExpeditionParser::ReadCellPin(ExpeditionReaderCursor at)
 {
+    const double factor = at.m_Factor;
     PinRecord pin;
-    ReadPinLines(stream, token, false, pin);
+    ReadPinLines(at, false, pin);
     return new ExpeditionPin(pin.m_Name, pin.m_NetName, pin.m_PadStackName, pin.m_X * factor,
                              pin.m_Y * factor, pin.m_Rotation, pin.m_Options, pin.m_Attributes);
 }
 
-void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, double factor,
-                                   std::vector<ExpeditionShapes*>& shapes)
+void ExpeditionParser::ReadGraphic(ExpeditionReaderCursor at, std::vector<ExpeditionShapes*>& shapes)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString layer = GraphicLayer(token);
     AString scratch;
     ExpeditionShapes* shape = nullptr; // the last shape of the record is the one kept
@@ -197,31 +203,31 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
             shape = made;
         }
     };
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        const int level = NextToken(stream, token);
+        const int level = at.Next();
         if (IsKeyword_G(token, L"RECT_SHAPE"))
         {
-            NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"XY"))
             {
                 double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
                 ReadCorners(stream, x1, y1, x2, y2);
                 keep(new ExpeditionRectangle(layer, x1 * factor, y1 * factor, x2 * factor, y2 * factor, 0.0));
             }
-            NextToken(stream, token);
+            at.Next();
             stream >> scratch;
         }
         else if (IsKeyword_G(token, L"CIRCLE_SHAPE"))
         {
             double x = 0, y = 0, radius = 0;
-            NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"XY"))
                 ReadCentre(stream, x, y);
-            NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"RADIUS"))
                 stream >> radius;
-            NextToken(stream, token);
+            at.Next();
             stream >> scratch;
             keep(new ExpeditionCircle(layer, x * factor, y * factor, radius * factor, 0.0));
         }
@@ -233,7 +239,7 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
             else
                 ReadPolyarc(stream, vertices, factor);
             keep(new ExpeditionPolygon(layer, vertices, 0.0));
-            NextToken(stream, token);
+            at.Next();
             stream >> scratch; // SHAPE_OPTIONS and its value
         }
         else if (IsPathKeyword(token))
@@ -258,10 +264,12 @@ void ExpeditionParser::ReadGraphic(io::CToken_istream& stream, AString& token, d
         shapes.push_back(shape);
 }
 
-void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, double factor,
-                                std::vector<ExpeditionText*>& texts,
+void ExpeditionParser::ReadText(ExpeditionReaderCursor at, std::vector<ExpeditionText*>& texts,
                                 std::vector<ExpeditionAttribute>& attributes)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString text, next;
     stream >> text;
     const size_t textLine = m_Diagnostics ? stream.TokenLine() : 0;
@@ -276,9 +284,9 @@ void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, doub
     }
     double x = 0.0, y = 0.0, rotation = 0.0, height = 0.0, strokeWidth = 0.001;
     AString textType, layerWord, horzJust, vertJust, font, options;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, x, y);
         else if (IsKeyword_G(token, L"TEXT_TYPE"))
@@ -311,16 +319,18 @@ void ExpeditionParser::ReadText(io::CToken_istream& stream, AString& token, doub
                                        y * factor, options));
 }
 
-ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString& token, double factor,
-                                             int limit, AString& netName)
+ExpeditionTrace* ExpeditionParser::ReadTrace(ExpeditionReaderCursor at, int limit, AString& netName)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     const bool free = limit > 0;
     double width = 0.0;
     AString layer, options, pathKind, scratch;
     std::vector<ExpeditionVertex*> vertices;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        const int level = NextToken(stream, token);
+        const int level = at.Next();
         if (IsKeyword_G(token, L"PID"))
             stream.NewLine();
         else if (IsKeyword_G(token, L"ROUTE_LYR"))
@@ -335,8 +345,8 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString
             // Several paths of one record add up in one vertex list; the last
             // kind and width stand.
             pathKind = token;
-            NextToken(stream, token);
-            if (IsKeyword_G(token, L"WIDTH"))
+            at.Next();
+            if (at.Is(L"WIDTH"))
                 stream >> width;
             if (IsKeyword_G(pathKind, L"POLYLINE_PATH"))
                 ReadPolyline(stream, vertices, factor);
@@ -359,15 +369,16 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(io::CToken_istream& stream, AString
     return new ExpeditionTrace(layer, options, pathKind, width * factor, vertices);
 }
 
-ExpeditionVia* ExpeditionParser::ReadVia(io::CToken_istream& stream, AString& token, double factor,
-                                         AString& netName)
+ExpeditionVia* ExpeditionParser::ReadVia(ExpeditionReaderCursor at, AString& netName)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     double x = 0.0, y = 0.0;
     AString padStack, fromLayer, toLayer, word;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        const int level = NextToken(stream, token);
-        if (level < k_ThreeDots)
+        if (at.Next() < k_ThreeDots)
             break;
         if (IsKeyword_G(token, L"XY"))
             ReadXY(stream, x, y);

@@ -7,6 +7,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 #include "translators/ExpeditionToTnf/ExpeditionUniqueNames.h"
 
 #include <algorithm>
@@ -44,30 +45,30 @@ void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elemen
     double factor = 1.0;
     bool databaseUnits = false;
     AString token; // empty at the start, so the first line is skipped
-    int level = 0;
-    while (!stream.eof())
+    ExpeditionReaderCursor at{stream, token, factor};
+    while (!at.AtEnd())
     {
         if (IsCellKeyword(token))
         {
             // The cell leaves the next keyword current; the level stays that
             // of the cell keyword.
-            ReadCellRecord(stream, token, factor, elements);
+            ReadCellRecord(at, elements);
             continue;
         }
-        if (IsKeyword_G(token, L"UNITS") && level == k_OneDot && !databaseUnits)
+        if (at.Is(L"UNITS") && at.m_Level == k_OneDot && !databaseUnits)
         {
             AString text;
             stream.NewLine(text);
             factor = UnitFactor(text);
         }
-        else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == k_OneDot)
+        else if (at.Is(L"OUTPUT_IN_DB_UNITS") && at.m_Level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
             databaseUnits = true;
             factor = UnitFactor(text);
         }
-        else if (stream.eof())
+        else if (at.AtEnd())
             break;
         else
         {
@@ -75,13 +76,14 @@ void ExpeditionParser::ReadCells(io::CToken_istream& stream, ElementList& elemen
                 m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
         }
-        level = NextToken(stream, token);
+        at.Next();
     }
 }
 
-void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token, double factor,
-                                      ElementList& elements)
+void ExpeditionParser::ReadCellRecord(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     AString name;
     stream >> name;
     std::vector<ExpeditionPin*> pins;
@@ -92,8 +94,8 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
     std::vector<ExpeditionVia*> vias;
     std::vector<ExpeditionTrace*> traces;
 
-    NextToken(stream, token);
-    while (!stream.eof())
+    at.Next();
+    while (!at.AtEnd())
     {
         if (IsKeyword_G(token, L"DIMENSION_SETTINGS"))
         {
@@ -101,53 +103,53 @@ void ExpeditionParser::ReadCellRecord(io::CToken_istream& stream, AString& token
             SkipDimensionSettings(stream);
             if (m_Diagnostics)
                 ReportSwallowedLines(*m_Diagnostics, stream, from);
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"PACKAGE_GROUP"))
         {
             stream >> m_CellPackageGroup;
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"MOUNT_TYPE"))
         {
             stream >> m_CellMountType;
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"NUMBER_LAYERS"))
         {
             int number = 0;
             stream >> number;
             m_CellNumberLayers = static_cast<unsigned>(number);
-            NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"PIN"))
         {
-            if (ExpeditionPin* pin = ReadCellPin(stream, token, factor))
+            if (ExpeditionPin* pin = ReadCellPin(at))
             {
                 pin->m_Name = pinNames.Take(pin->m_Name);
                 pins.push_back(pin);
             }
         }
         else if (IsGraphicKeyword(token))
-            ReadGraphic(stream, token, factor, shapes);
+            ReadGraphic(at, shapes);
         else if (IsKeyword_G(token, L"TEXT"))
-            ReadText(stream, token, factor, texts, attributes);
+            ReadText(at, texts, attributes);
         else if (IsKeyword_G(token, L"TRACE"))
         {
             AString netName;
-            traces.push_back(ReadTrace(stream, token, factor, 0, netName));
+            traces.push_back(ReadTrace(at, 0, netName));
         }
         else if (IsKeyword_G(token, L"VIA"))
         {
             AString netName;
-            vias.push_back(ReadVia(stream, token, factor, netName));
+            vias.push_back(ReadVia(at, netName));
         }
         else if (IsCellKeyword(token) || IsKeyword_G(token, L"UNITS"))
             break; // the end of the cell; the keyword stays current
         else
         {
             stream.NewLine();
-            NextToken(stream, token);
+            at.Next();
         }
     }
 

@@ -9,6 +9,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 namespace
 {
@@ -40,22 +41,22 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
     const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     AString token; // empty at the start, so the first line is skipped
-    int level = 0;
-    while (!stream.eof())
+    ExpeditionReaderCursor at{stream, token, factor};
+    while (!at.AtEnd())
     {
-        if (token.CompareNoCase(L"USER_DEFINED_LAYERS_SECTION") == 0)
+        if (at.Is(L"USER_DEFINED_LAYERS_SECTION"))
         {
-            ReadUserLayers(stream, token, elements);
+            ReadUserLayers(at, elements);
             continue; // the token that ended the section is dispatched next
         }
-        if (token.CompareNoCase(L"LAYER_STACKUP_SECTION") == 0)
+        if (at.Is(L"LAYER_STACKUP_SECTION"))
         {
-            ReadStackup(stream, token, factor, elements);
+            ReadStackup(at, elements);
             continue;
         }
         if (token.CompareNoCase(L"PHYSICAL_LAYERS") == 0)
             stream >> m_PhysicalLayers;
-        else if (token.CompareNoCase(L"UNITS") == 0 && level == k_OneDot)
+        else if (at.Is(L"UNITS") && at.m_Level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
@@ -74,7 +75,7 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
             ReplaceConnection(m_DefaultThruPadConnection, ReadPlaneConnection(stream, factor));
         else if (token.CompareNoCase(L"DEFAULT_SMD_PAD_CONNECTIONS") == 0)
             ReplaceConnection(m_DefaultSmdPadConnection, ReadPlaneConnection(stream, factor));
-        else if (stream.eof())
+        else if (at.AtEnd())
             break;
         else
         {
@@ -82,7 +83,7 @@ void ExpeditionParser::ReadJobPrefs(io::CToken_istream& stream, ElementList& ele
                 m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
         }
-        level = NextPlainToken(stream, token);
+        at.NextPlain();
     }
 }
 
@@ -147,17 +148,19 @@ ExpeditionPlaneConnection* ExpeditionParser::ReadPlaneConnection(io::CToken_istr
     return new ExpeditionPlaneConnection(width * factor, 0.0, number, rotation);
 }
 
-void ExpeditionParser::ReadUserLayers(io::CToken_istream& stream, AString& token, ElementList& elements)
+void ExpeditionParser::ReadUserLayers(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     AString name;
     int number = 0; // not reset between layers: a layer without its own keeps the one before
     for (;;)
     {
-        NextPlainToken(stream, token);
+        at.NextPlain();
         if (token.CompareNoCase(L"USER_LAYER_NAME") != 0)
             return;
         stream >> name;
-        NextPlainToken(stream, token);
+        at.NextPlain();
         if (token.CompareNoCase(L"USER_LAYER_NUMBER") == 0)
             stream >> number;
         else if (m_Diagnostics)
@@ -168,44 +171,46 @@ void ExpeditionParser::ReadUserLayers(io::CToken_istream& stream, AString& token
                                        ExpeditionDiagnostics::Text(token) + " behind it is lost.");
         elements.push_back(new ExpeditionLayer(name, AString(L"USER"), AString(L"USER"), number, -1, 0.0, 0.0,
                                                0.0, AString()));
-        if (stream.eof())
+        if (at.AtEnd())
             return;
     }
 }
 
-void ExpeditionParser::ReadStackup(io::CToken_istream& stream, AString& token, double factor,
-                                   ElementList& elements)
+void ExpeditionParser::ReadStackup(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
     token.clear();
-    NextPlainToken(stream, token);
-    while (!stream.eof())
+    at.NextPlain();
+    while (!at.AtEnd())
     {
         if (token.CompareNoCase(L"DIELECTRIC_LAYER") == 0)
-            ReadDielectricLayer(stream, token, factor, elements);
+            ReadDielectricLayer(at, elements);
         else if (token.CompareNoCase(L"PLANE_LAYER") == 0 || token.CompareNoCase(L"SIGNAL_LAYER") == 0)
-            ReadConductiveLayer(stream, token, factor, elements);
+            ReadConductiveLayer(at, elements);
         else if (token.CompareNoCase(L"ALLOW_BURIED_RESISTORS") == 0)
             return; // the top level skips this line as unknown
         else
         {
             stream.NewLine();
-            NextPlainToken(stream, token);
+            at.NextPlain();
         }
     }
 }
 
-void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& token, double factor,
-                                           ElementList& elements)
+void ExpeditionParser::ReadConductiveLayer(ExpeditionReaderCursor& at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     const bool isPlane = token.CompareNoCase(L"PLANE_LAYER") == 0;
     AString description, planeNet, planeType(L"POSITIVE");
     int layerNumber = 0, conductiveNumber = 0;
     double dielectricConstant = 0.0, resistivity = 0.0, thickness = 0.0;
 
     stream >> layerNumber;
-    NextToken(stream, token); // the level of this first keyword is not looked at
-    int level = 0;
-    while (!stream.eof() && !EndsStackupRecord(token))
+    at.Next(); // the level of this first keyword is not looked at
+    while (!at.AtEnd() && !EndsStackupRecord(token))
     {
         if (token.CompareNoCase(L"PLANE_NET") == 0)
         {
@@ -215,7 +220,7 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
             stream >> net;
             for (;;)
             {
-                level = NextToken(stream, token);
+                at.Next();
                 if (token.CompareNoCase(L"PLANE_NET_CLEARANCE") == 0)
                     stream.NewLine();
                 else if (token.CompareNoCase(L"USE_ROUTE_BORDER") == 0)
@@ -227,7 +232,7 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
                 else
                     break;
             }
-            if (level == k_OneDot)
+            if (at.m_Level == k_OneDot)
                 break;
             continue;
         }
@@ -251,9 +256,9 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
             stream >> planeType;
         else
             stream.NewLine(); // LAYER_TECHNOLOGY and the like
-        level = NextToken(stream, token);
+        at.Next();
         // A keyword of the section's own level ends the record.
-        if (level == k_OneDot)
+        if (at.m_Level == k_OneDot)
             break;
     }
 
@@ -271,16 +276,18 @@ void ExpeditionParser::ReadConductiveLayer(io::CToken_istream& stream, AString& 
     m_Layers[conductiveNumber] = layer;
 }
 
-void ExpeditionParser::ReadDielectricLayer(io::CToken_istream& stream, AString& token, double factor,
-                                           ElementList& elements)
+void ExpeditionParser::ReadDielectricLayer(ExpeditionReaderCursor& at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString description, technology;
     int layerNumber = 0;
     double thickness = 0.0, dielectricConstant = 0.0;
     stream >> layerNumber;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextPlainToken(stream, token);
+        at.NextPlain();
         if (EndsStackupRecord(token))
             break;
         if (token.CompareNoCase(L"DIELECTRIC_CONSTANT") == 0)

@@ -58,50 +58,48 @@ void ExpeditionParser::ReadLayout(io::CToken_istream& stream, ElementList& eleme
     const ExpeditionDiagnostics::FileScope reading(m_Diagnostics, stream);
     double factor = 1.0;
     AString token;
-    int level = 0;
+    // The records below read on with cursors of their own: the level here
+    // stays that of the last keyword this loop read itself.
+    ExpeditionReaderCursor at{stream, token, factor};
     PlacementState placement;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        if (IsKeyword_G(token, L"NET"))
-            ReadNetBlock(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
-            ReadConductiveAreas(stream, token, factor, level, false, elements);
+        if (at.Is(L"NET"))
+            ReadNetBlock(at, elements);
+        else if (at.Is(L"CONDUCTIVE_AREA"))
+            ReadConductiveAreas(at, at.m_Level, false, elements);
         else if (IsPlacedCellKeyword(token))
-        {
-            ExpeditionReaderCursor at{stream, token, factor};
             ReadPlacedCells(at, placement, elements);
-        }
-        else if (IsKeyword_G(token, L"BOARD_ORIGIN") || IsKeyword_G(token, L"BOARD_OUTLINE") ||
-                 IsKeyword_G(token, L"CONTOUR"))
-            ReadBoard(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"ROUTE_OUTLINE"))
-            ReadRouteOutline(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"UNITS") && level == k_OneDot)
+        else if (at.Is(L"BOARD_ORIGIN") || at.Is(L"BOARD_OUTLINE") || at.Is(L"CONTOUR"))
+            ReadBoard(at, elements);
+        else if (at.Is(L"ROUTE_OUTLINE"))
+            ReadRouteOutline(at, elements);
+        else if (at.Is(L"UNITS") && at.m_Level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
             factor = UnitFactor(text);
             m_LayoutUnitFactor = factor;
-            level = NextToken(stream, token);
+            at.Next();
         }
-        else if (IsKeyword_G(token, L"TRACE") && level == k_OneDot)
-            ReadFreeTrace(stream, token, factor, k_OneDot, elements);
-        else if (IsKeyword_G(token, L"OBSTRUCT") && level == k_OneDot)
-            ReadConductiveAreas(stream, token, factor, k_OneDot, true, elements);
-        else if (IsKeyword_G(token, L"GENERATED_DATA"))
-            ReadGeneratedData(stream, token, factor, hasPlanesFile);
+        else if (at.Is(L"TRACE") && at.m_Level == k_OneDot)
+            ReadFreeTrace(at, k_OneDot, elements);
+        else if (at.Is(L"OBSTRUCT") && at.m_Level == k_OneDot)
+            ReadConductiveAreas(at, k_OneDot, true, elements);
+        else if (at.Is(L"GENERATED_DATA"))
+            ReadGeneratedData(at, hasPlanesFile);
         else
         {
             if (m_Diagnostics)
                 m_Diagnostics->SkippedLine(stream, token);
             stream.NewLine();
-            level = NextToken(stream, token);
+            at.Next();
         }
     }
 }
 
 // Reads placed cells until the board records begin.
-void ExpeditionParser::ReadPlacedCells(ExpeditionReaderCursor& at, PlacementState& state,
+void ExpeditionParser::ReadPlacedCells(ExpeditionReaderCursor at, PlacementState& state,
                                        ElementList& elements)
 {
     io::CToken_istream& stream = at.m_Stream;
@@ -182,18 +180,18 @@ void ExpeditionParser::ReadPlacedCellBody(ExpeditionReaderCursor& at, PlacementS
             at.Next();
         }
         else if (at.Is(L"PIN"))
-            ReadPlacedPin(stream, token, at.m_Factor, state, cell.m_Pins);
+            ReadPlacedPin(at, state, cell.m_Pins);
         else if (at.Is(L"VIA"))
-            ReadPlacedVia(stream, token, at.m_Factor);
+            ReadPlacedVia(at);
         else if (at.Is(L"PLACEMENT_OUTLINE") || at.Is(L"ASSEMBLY_OUTLINE") || at.Is(L"SILKSCREEN_OUTLINE") ||
                  at.Is(L"GRAPHIC"))
-            ReadGraphic(stream, token, at.m_Factor, cell.m_Shapes);
+            ReadGraphic(at, cell.m_Shapes);
         else if (at.Is(L"TEXT"))
-            ReadText(stream, token, at.m_Factor, cell.m_Texts, cell.m_Attributes);
+            ReadText(at, cell.m_Texts, cell.m_Attributes);
         else if (at.Is(L"TRACE"))
-            ReadFreeTrace(stream, token, at.m_Factor, k_TwoDots, elements);
+            ReadFreeTrace(at, k_TwoDots, elements);
         else if (at.Is(L"CONDUCTIVE_AREA"))
-            ReadConductiveAreas(stream, token, at.m_Factor, k_TwoDots, false, elements);
+            ReadConductiveAreas(at, k_TwoDots, false, elements);
         else if (IsPlacedCellKeyword(token) || at.Is(L"BOARD_ORIGIN") || at.Is(L"BOARD_OUTLINE") ||
                  at.m_Level == k_OneDot)
             return;
@@ -206,11 +204,12 @@ void ExpeditionParser::ReadPlacedCellBody(ExpeditionReaderCursor& at, PlacementS
 }
 
 // A placed pin: the footprint's pin as the layout gives it, with its net.
-void ExpeditionParser::ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor,
-                                     const PlacementState& state, std::vector<ExpeditionPin*>& pins)
+void ExpeditionParser::ReadPlacedPin(ExpeditionReaderCursor at, const PlacementState& state,
+                                     std::vector<ExpeditionPin*>& pins)
 {
+    const double factor = at.m_Factor;
     PinRecord pin;
-    ReadPinLines(stream, token, true, pin);
+    ReadPinLines(at, true, pin);
     const AString& padStackName = pin.m_PadStackName;
     if (padStackName.empty())
         return; // no padstack, no pin, and no net connection

@@ -7,6 +7,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 namespace
 {
@@ -68,11 +69,12 @@ void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
     double factor = 1.0;
     double values[k_ClearanceCount] = {};
     AString token;
+    ExpeditionReaderCursor at{stream, token, factor};
     // Token by token: values are tested as keywords too, and no line is skipped.
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        int level = NextToken(stream, token);
-        if (token.CompareNoCase(L"UNITS") == 0 && level == k_OneDot)
+        at.Next();
+        if (at.Is(L"UNITS") && at.m_Level == k_OneDot)
         {
             AString text;
             stream.NewLine(text);
@@ -82,7 +84,7 @@ void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
         {
             stream >> token;
             if (token.CompareNoCase(L"(Master)") == 0)
-                ReadMasterScheme(stream, token, level, factor, values);
+                ReadMasterScheme(at, values);
         }
     }
 }
@@ -90,14 +92,16 @@ void ExpeditionParser::ReadNetClasses(io::CToken_istream& stream)
 // The rule sets of the master scheme. A keyword of two dots ends a subrule;
 // when it is the next CLEARANCE_RULE_SET, the name behind it ends the scheme,
 // so only the first rule set gives rules.
-void ExpeditionParser::ReadMasterScheme(io::CToken_istream& stream, AString& token, int& level, double factor,
-                                        double values[])
+void ExpeditionParser::ReadMasterScheme(ExpeditionReaderCursor& at, double values[])
 {
+    io::CToken_istream& stream = at.m_Stream;
+    AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString layerName;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
         if (token.CompareNoCase(L"SUBRULE") != 0)
-            level = NextToken(stream, token);
+            at.Next();
         if (token.CompareNoCase(L"CLEARANCE_RULE_SET") == 0)
         {
             stream >> token; // its name, no keyword
@@ -107,13 +111,13 @@ void ExpeditionParser::ReadMasterScheme(io::CToken_istream& stream, AString& tok
             return;
 
         token.clear();
-        level = k_ThreeDots;
-        while (!stream.eof())
+        at.m_Level = k_ThreeDots;
+        while (!at.AtEnd())
         {
             if (token.CompareNoCase(L"SUBRULE") == 0 || token.CompareNoCase(L"NET_CLASS") == 0 ||
-                level == k_TwoDots)
+                at.m_Level == k_TwoDots)
                 break;
-            level = NextToken(stream, token);
+            at.Next();
             if (token.CompareNoCase(L"LAYER_NUM") == 0)
             {
                 int number = 0;

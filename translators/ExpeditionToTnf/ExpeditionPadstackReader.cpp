@@ -8,6 +8,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/Box.h"
@@ -105,27 +106,27 @@ void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& el
     double factor = 0.0; // deliberately zero until the first units line
     bool databaseUnits = false;
     AString token;
-    int level = 0;
-    while (!stream.eof())
+    ExpeditionReaderCursor at{stream, token, factor};
+    while (!at.AtEnd())
     {
-        if (IsKeyword_G(token, L"PAD"))
-            ReadPadRecord(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"HOLE"))
-            ReadHoleRecord(stream, token, factor, elements);
-        else if (IsKeyword_G(token, L"PADSTACK"))
-            ReadPadStackRecord(stream, token, factor, elements);
+        if (at.Is(L"PAD"))
+            ReadPadRecord(at, elements);
+        else if (at.Is(L"HOLE"))
+            ReadHoleRecord(at, elements);
+        else if (at.Is(L"PADSTACK"))
+            ReadPadStackRecord(at, elements);
         else
         {
             // The level stays that of the last top-level keyword behind a
             // record, so a units line that ends a record counts after a
             // record of level 2.
             AString text;
-            if (IsKeyword_G(token, L"UNITS") && level == k_OneDot && !databaseUnits)
+            if (at.Is(L"UNITS") && at.m_Level == k_OneDot && !databaseUnits)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
             }
-            else if (IsKeyword_G(token, L"OUTPUT_IN_DB_UNITS") && level == k_OneDot)
+            else if (at.Is(L"OUTPUT_IN_DB_UNITS") && at.m_Level == k_OneDot)
             {
                 stream.NewLine(text);
                 factor = UnitFactor(text);
@@ -138,20 +139,22 @@ void ExpeditionParser::ReadPadstacks(io::CToken_istream& stream, ElementList& el
                 stream.NewLine();
             }
             token.clear();
-            level = NextPlainToken(stream, token);
+            at.NextPlain();
         }
     }
 }
 
-void ExpeditionParser::ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor,
-                                      ElementList& elements)
+void ExpeditionParser::ReadHoleRecord(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString name, shape;
     double diameter = 0.0, slotLength = 0.0;
     stream >> name;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextPlainToken(stream, token);
+        at.NextPlain();
         if (IsKeyword_G(token, L"HOLE") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"PADSTACK") ||
             IsKeyword_G(token, L"PAD"))
             break;
@@ -173,9 +176,11 @@ void ExpeditionParser::ReadHoleRecord(io::CToken_istream& stream, AString& token
                                              {}, AString(), AString()));
 }
 
-void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& token, double factor,
-                                          ElementList& elements)
+void ExpeditionParser::ReadPadStackRecord(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString name, type, technology, options, topPad, internalPad, bottomPad, topMask, bottomMask, clearance,
         thermal, hole, scratch;
     bool hasTop = false, hasInternal = false, hasBottom = false;
@@ -184,9 +189,9 @@ void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& t
     stream >> name;
     // A HOLE behind a padstack is an unknown line of it, and so is the rest
     // of that hole record: such a hole never comes to exist.
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextPlainToken(stream, token);
+        at.NextPlain();
         if (IsKeyword_G(token, L"PADSTACK") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"PAD"))
             break;
         if (IsKeyword_G(token, L"PADSTACK_TYPE"))
@@ -256,24 +261,26 @@ void ExpeditionParser::ReadPadStackRecord(io::CToken_istream& stream, AString& t
     m_PadStacks.push_back(padStack);
 }
 
-void ExpeditionParser::ReadPadRecord(io::CToken_istream& stream, AString& token, double factor,
-                                     ElementList& elements)
+void ExpeditionParser::ReadPadRecord(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString name, scratch;
     stream >> name;
     if (m_Diagnostics)
         m_Diagnostics->NameGiven(ExpeditionDiagnostics::k_PadDefined, name, stream);
     PadWork pad;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"PAD") || IsKeyword_G(token, L"UNITS") || IsKeyword_G(token, L"HOLE") ||
             IsKeyword_G(token, L"PADSTACK"))
             break;
         if (ReadPadShape(stream, token, factor, pad))
             continue;
         if (IsKeyword_G(token, L"CUSTOM"))
-            ReadCustomPad(stream, token, factor, pad);
+            ReadCustomPad(at, pad);
         else if (IsKeyword_G(token, L"OFFSET"))
         {
             stream >> scratch >> pad.m_OffsetX >> scratch >> pad.m_OffsetY;
@@ -395,24 +402,28 @@ bool ExpeditionParser::ReadPadShape(io::CToken_istream& stream, const AString& k
 
 // CUSTOM: shapes up to TIMESTAMP or PAD_OPTIONS, the only end marks of a
 // custom outline; the value behind the mark is then an unknown keyword.
-void ExpeditionParser::ReadCustomPad(io::CToken_istream& stream, AString& token, double factor, PadWork& pad)
+void ExpeditionParser::ReadCustomPad(ExpeditionReaderCursor& at, PadWork& pad)
 {
+    const AString& token = at.m_Token;
     pad.m_PadType = token;
     pad.m_X1 = pad.m_Y1 = pad.m_X2 = pad.m_Y2 = pad.m_Radius = pad.m_CircleWidth = 0.0;
-    while (!stream.eof() && !IsKeyword_G(token, L"TIMESTAMP") && !IsKeyword_G(token, L"PAD_OPTIONS"))
-        AddCustomShape(stream, token, factor, pad);
+    while (!at.AtEnd() && !IsKeyword_G(token, L"TIMESTAMP") && !IsKeyword_G(token, L"PAD_OPTIONS"))
+        AddCustomShape(at, pad);
     FinishCustomPad(pad);
 }
 
-void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token, double s, PadWork& pad)
+void ExpeditionParser::AddCustomShape(ExpeditionReaderCursor& at, PadWork& pad)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double s = at.m_Factor;
     AString scratch;
     double width = 0.0;
     if (IsKeyword_G(token, L"CIRCLE_SHAPE"))
     {
         pad.m_ShapeName = L"Circle";
-        int level = NextToken(stream, token);
-        while (level > k_ThreeDots && !stream.eof())
+        at.Next();
+        while (at.m_Level > k_ThreeDots && !at.AtEnd())
         {
             if (IsKeyword_G(token, L"XY"))
                 stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
@@ -420,7 +431,7 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
                 stream >> pad.m_Radius;
             else
                 stream >> scratch;
-            level = NextToken(stream, token);
+            at.Next();
         }
         // The width of an earlier CIRCLE_PATH of the record is taken up here.
         pad.m_Custom.push_back(new ExpeditionCircle(AString(), pad.m_X1 * s, pad.m_Y1 * s, pad.m_Radius * s,
@@ -430,13 +441,13 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
     if (IsKeyword_G(token, L"CIRCLE_PATH"))
     {
         pad.m_ShapeName = L"Circle";
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"WIDTH"))
             stream >> pad.m_CircleWidth;
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"XY"))
             stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch;
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"RADIUS"))
             stream >> pad.m_Radius;
         pad.m_Custom.push_back(
@@ -446,14 +457,14 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
     {
         const bool filled = IsKeyword_G(token, L"RECT_SHAPE");
         pad.m_ShapeName = L"Rectangle";
-        NextToken(stream, token);
+        at.Next();
         if (!filled && IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
-            NextToken(stream, token);
+            at.Next();
         }
         else if (!filled)
-            NextToken(stream, token);
+            at.Next();
         if (IsKeyword_G(token, L"XY"))
         {
             stream >> scratch >> pad.m_X1 >> scratch >> pad.m_Y1 >> scratch >> scratch >> pad.m_X2 >>
@@ -466,7 +477,7 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
         }
         if (filled)
         {
-            NextToken(stream, token);
+            at.Next();
             stream >> scratch; // the line behind it
         }
     }
@@ -474,7 +485,7 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
     {
         const bool arcs = IsKeyword_G(token, L"POLYARC_PATH");
         pad.m_ShapeName = L"POLYGON";
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"WIDTH"))
             stream >> width;
         std::vector<ExpeditionVertex*> vertices;
@@ -508,7 +519,7 @@ void ExpeditionParser::AddCustomShape(io::CToken_istream& stream, AString& token
     }
     else
         stream.NewLine();
-    NextToken(stream, token);
+    at.Next();
 }
 
 // Several shapes are united: one piece makes the pad's outline, pieces that

@@ -212,8 +212,10 @@ public:
     bool IsNegativeLayer(const AString& layerName);
 
     // Body readers shared by Cell.hkp and Layout.hkp. Each is entered on its
-    // keyword and leaves the keyword that ended its record in token.
-    ExpeditionPin* ReadCellPin(io::CToken_istream& stream, AString& token, double factor);
+    // keyword and leaves the keyword that ended its record in the cursor's
+    // token; they take the cursor by value, so the caller's level stays that
+    // of the last keyword it read itself.
+    ExpeditionPin* ReadCellPin(ExpeditionReaderCursor at);
     // The lines of a pin record as the file gives them; a placed pin also
     // passes over a PID line.
     struct PinRecord
@@ -222,26 +224,22 @@ public:
         double m_X = 0.0, m_Y = 0.0, m_Rotation = 0.0;
         std::vector<ExpeditionAttribute> m_Attributes;
     };
-    void ReadPinLines(io::CToken_istream& stream, AString& token, bool placed, PinRecord& pin);
-    void ReadGraphic(io::CToken_istream& stream, AString& token, double factor,
-                     std::vector<ExpeditionShapes*>& shapes);
-    void ReadText(io::CToken_istream& stream, AString& token, double factor,
-                  std::vector<ExpeditionText*>& texts, std::vector<ExpeditionAttribute>& attributes);
+    void ReadPinLines(ExpeditionReaderCursor at, bool placed, PinRecord& pin);
+    void ReadGraphic(ExpeditionReaderCursor at, std::vector<ExpeditionShapes*>& shapes);
+    void ReadText(ExpeditionReaderCursor at, std::vector<ExpeditionText*>& texts,
+                  std::vector<ExpeditionAttribute>& attributes);
     // A trace record; with limit 0 the record of a net block or a cell, with
-    // limit 2 or 3 a free trace, whose NETNAME goes to netName.
-    ExpeditionTrace* ReadTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
-                               AString& netName);
-    ExpeditionVia* ReadVia(io::CToken_istream& stream, AString& token, double factor, AString& netName);
+    // limit k_OneDot or k_TwoDots a free trace, whose NETNAME goes to netName.
+    ExpeditionTrace* ReadTrace(ExpeditionReaderCursor at, int limit, AString& netName);
+    ExpeditionVia* ReadVia(ExpeditionReaderCursor at, AString& netName);
 
 private:
     // The records of JobPrefs.hkp.
     ExpeditionPlaneConnection* ReadPlaneConnection(io::CToken_istream& stream, double factor);
-    void ReadUserLayers(io::CToken_istream& stream, AString& token, ElementList& elements);
-    void ReadStackup(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
-    void ReadConductiveLayer(io::CToken_istream& stream, AString& token, double factor,
-                             ElementList& elements);
-    void ReadDielectricLayer(io::CToken_istream& stream, AString& token, double factor,
-                             ElementList& elements);
+    void ReadUserLayers(ExpeditionReaderCursor at, ElementList& elements);
+    void ReadStackup(ExpeditionReaderCursor at, ElementList& elements);
+    void ReadConductiveLayer(ExpeditionReaderCursor& at, ElementList& elements);
+    void ReadDielectricLayer(ExpeditionReaderCursor& at, ElementList& elements);
 
     // A path record (POLYLINE_PATH, POLYARC_PATH, RECT_PATH, CIRCLE_PATH) as
     // the file gives it, lengths not yet scaled.
@@ -292,31 +290,31 @@ private:
         std::vector<ExpeditionText*> m_Texts;
         std::vector<ExpeditionAttribute> m_Attributes;
     };
-    void ReadPlacedCells(ExpeditionReaderCursor& at, PlacementState& state, ElementList& elements);
+    void ReadPlacedCells(ExpeditionReaderCursor at, PlacementState& state, ElementList& elements);
     void ReadPlacedCellBody(ExpeditionReaderCursor& at, PlacementState& state, PlacedCellRecord& cell,
                             ElementList& elements);
-    void ReadPlacedPin(io::CToken_istream& stream, AString& token, double factor, const PlacementState& state,
+    void ReadPlacedPin(ExpeditionReaderCursor at, const PlacementState& state,
                        std::vector<ExpeditionPin*>& pins);
     void MakeComponent(PlacedCellRecord& cell, PlacementState& state, double factor, ElementList& elements);
     void AddNetlistEntries(const ExpeditionComponent& component, ElementList& elements);
     AString GetInnerLayerFootprintName(ElementList& elements, const AString& cellName, int layer);
     ExpeditionPadStack* GetInnerLayerPadStack(ElementList& elements, const AString& sourceName, int layer);
-    void ReadBoard(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
-    void ReadRouteOutline(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadBoard(ExpeditionReaderCursor at, ElementList& elements);
+    void ReadRouteOutline(ExpeditionReaderCursor at, ElementList& elements);
     ExpeditionLayoutNet* GetOrMakeNet(const AString& netName, ElementList& elements,
                                       std::vector<ExpeditionTrace*> traces, std::vector<ExpeditionVia*> vias,
                                       std::vector<ExpeditionShapes*> shapes, bool& made);
-    void ReadNetBlock(io::CToken_istream& stream, AString& token, double& factor, ElementList& elements);
+    void ReadNetBlock(ExpeditionReaderCursor at, ElementList& elements);
     void FlushNetBlock(const AString& netName, std::vector<ExpeditionTrace*>& traces,
                        std::vector<ExpeditionVia*>& vias, std::vector<ExpeditionShapes*>& shapes,
                        ElementList& elements);
-    void ReadFreeTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
-                       ElementList& elements);
-    void ReadPlacedVia(io::CToken_istream& stream, AString& token, double factor);
-    void ReadConductiveAreaRecord(io::CToken_istream& stream, AString& token, double factor,
-                                  std::vector<ExpeditionShapes*>& shapes, AString& netName, int& level);
-    void ReadConductiveAreas(io::CToken_istream& stream, AString& token, double& factor, int limit,
-                             bool obstructs, ElementList& elements);
+    void ReadFreeTrace(ExpeditionReaderCursor at, int limit, ElementList& elements);
+    void ReadPlacedVia(ExpeditionReaderCursor at);
+    // An area record moves its caller's level: the list or net block around
+    // it ends on the level of the keyword that ended the area.
+    void ReadConductiveAreaRecord(ExpeditionReaderCursor& at, std::vector<ExpeditionShapes*>& shapes,
+                                  AString& netName);
+    void ReadConductiveAreas(ExpeditionReaderCursor at, int limit, bool obstructs, ElementList& elements);
     void FlushConductiveAreas(const AString& netName, std::vector<ExpeditionShapes*>& shapes,
                               ElementList& elements);
 
@@ -336,17 +334,13 @@ private:
         double m_Radius = 0.0;
         double m_Width = 0.0;
     };
-    void ReadGeneratedData(io::CToken_istream& stream, AString& token, double factor, bool hasPlanesFile);
-    void ReadGeneratedRectangle(io::CToken_istream& stream, AString& token, double factor,
-                                ExpeditionLayoutNet* net, const AString& layer);
-    void ReadGeneratedCircle(io::CToken_istream& stream, AString& token, double factor,
-                             ExpeditionLayoutNet* net, const AString& layer);
-    void ReadGeneratedPolyline(io::CToken_istream& stream, AString& token, double factor,
-                               ExpeditionLayoutNet* net, const AString& layer);
-    void ReadGeneratedPolyarc(io::CToken_istream& stream, AString& token, double factor,
-                              ExpeditionLayoutNet* net, const AString& layer, bool withWidth);
-    void ReadTieLeg(io::CToken_istream& stream, AString& token, double factor, ExpeditionLayoutNet* net,
-                    const AString& layer);
+    void ReadGeneratedData(ExpeditionReaderCursor at, bool hasPlanesFile);
+    void ReadGeneratedRectangle(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedCircle(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedPolyline(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer);
+    void ReadGeneratedPolyarc(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer,
+                              bool withWidth);
+    void ReadTieLeg(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer);
 
     void ReadPlaneBlock(io::CBlock& block, double factor);
     void CleanShape(ExpeditionShapes& shape, bool hasBoard,
@@ -361,26 +355,25 @@ private:
                                const PlacementState& state, double factor);
 
     // The records of Cell.hkp.
-    void ReadCellRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadCellRecord(ExpeditionReaderCursor at, ElementList& elements);
     static void SkipDimensionSettings(io::CToken_istream& stream);
     static void ReportSwallowedLines(ExpeditionDiagnostics& diagnostics, const io::CToken_istream& stream,
                                      size_t from);
 
     // The records of Padstack.hkp.
-    void ReadHoleRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
-    void ReadPadStackRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
-    void ReadPadRecord(io::CToken_istream& stream, AString& token, double factor, ElementList& elements);
+    void ReadHoleRecord(ExpeditionReaderCursor at, ElementList& elements);
+    void ReadPadStackRecord(ExpeditionReaderCursor at, ElementList& elements);
+    void ReadPadRecord(ExpeditionReaderCursor at, ElementList& elements);
     struct PadWork;
     bool ReadPadShape(io::CToken_istream& stream, const AString& keyword, double factor, PadWork& pad);
-    void ReadCustomPad(io::CToken_istream& stream, AString& token, double factor, PadWork& pad);
-    void AddCustomShape(io::CToken_istream& stream, AString& token, double factor, PadWork& pad);
+    void ReadCustomPad(ExpeditionReaderCursor& at, PadWork& pad);
+    void AddCustomShape(ExpeditionReaderCursor& at, PadWork& pad);
     void FinishCustomPad(PadWork& pad);
     void MakePads(const AString& name, double factor, PadWork& pad, ElementList& elements);
     std::vector<ExpeditionPad*> m_LoosePads; // pads of a split custom pad that nothing else holds
 
     // The records of NetClass.hkp and PDB.hkp.
-    void ReadMasterScheme(io::CToken_istream& stream, AString& token, int& level, double factor,
-                          double values[]);
+    void ReadMasterScheme(ExpeditionReaderCursor& at, double values[]);
     const ExpeditionClearanceRule* FindClearanceRule(const AString& layerName) const;
     void ReadPartProperty(io::CToken_istream& stream, ExpeditionPartWork& part);
     void ClosePart(ExpeditionPartWork& part);

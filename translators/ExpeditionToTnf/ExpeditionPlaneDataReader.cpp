@@ -3,6 +3,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 #include <cfloat>
 
@@ -24,10 +25,12 @@ bool IsSkippedAreaLine(const AString& token)
 // One CONDUCTIVE_AREA record. Hatching is not kept: a hatched area counts as
 // solid. An area with the option PLANE gives nothing here, as its copper comes
 // with the generated plane data; a teardrop keeps its rectangle or circle.
-void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AString& token, double factor,
-                                                std::vector<ExpeditionShapes*>& shapes, AString& netName,
-                                                int& level)
+void ExpeditionParser::ReadConductiveAreaRecord(ExpeditionReaderCursor& at,
+                                                std::vector<ExpeditionShapes*>& shapes, AString& netName)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     AString layer, option, word;
     bool teardrop = false;
     ExpeditionShapes* rectOrCircle = nullptr;
@@ -38,9 +41,9 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
         slot = shape;
     };
     netName.clear();
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        level = NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"ROUTE_LYR"))
         {
             stream >> word;
@@ -61,7 +64,7 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
             stream.NewLine();
         else if (IsKeyword_G(token, L"RECT_SHAPE"))
         {
-            level = NextToken(stream, token);
+            at.Next();
             if (IsKeyword_G(token, L"XY"))
             {
                 double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
@@ -74,10 +77,10 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
         {
             double x = 0, y = 0, radius = 0;
             bool hasXY = false, hasRadius = false, leaveRecord = false;
-            while (!stream.eof() && !(hasXY && hasRadius))
+            while (!at.AtEnd() && !(hasXY && hasRadius))
             {
-                level = NextToken(stream, token);
-                if (level < k_TwoDots)
+                at.Next();
+                if (at.m_Level < k_TwoDots)
                 {
                     leaveRecord = true;
                     break;
@@ -125,13 +128,15 @@ void ExpeditionParser::ReadConductiveAreaRecord(io::CToken_istream& stream, AStr
 // A list of CONDUCTIVE_AREA records, or of OBSTRUCT records, which all belong
 // to the one net "VOIDNET". The shapes of each net are flushed when the next
 // record or the end of the list comes; at the end of the file they are lost.
-void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& token, double& factor,
-                                           int limit, bool obstructs, ElementList& elements)
+void ExpeditionParser::ReadConductiveAreas(ExpeditionReaderCursor at, int limit, bool obstructs,
+                                           ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     const wchar_t* const keyword = obstructs ? L"OBSTRUCT" : L"CONDUCTIVE_AREA";
     std::vector<ExpeditionShapes*> shapes;
     AString netName(L"."); // no record yet
-    int level = limit;
+    at.m_Level = limit;
     const auto flush = [&]()
     {
         if (netName == L".")
@@ -142,7 +147,7 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
             FlushConductiveAreas(netName, shapes, elements);
         shapes.clear();
     };
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
         if (IsKeyword_G(token, keyword))
         {
@@ -150,7 +155,7 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
             AString name;
             if (obstructs)
                 stream >> name; // the value on the OBSTRUCT line
-            ReadConductiveAreaRecord(stream, token, factor, shapes, name, level);
+            ReadConductiveAreaRecord(at, shapes, name);
             netName = obstructs ? AString(L"VOIDNET") : name;
             continue;
         }
@@ -158,19 +163,19 @@ void ExpeditionParser::ReadConductiveAreas(io::CToken_istream& stream, AString& 
         {
             AString text;
             stream.NewLine(text);
-            factor = UnitFactor(text);
-            level = NextToken(stream, token);
+            at.m_Factor = UnitFactor(text);
+            at.Next();
             continue;
         }
         const bool ends = IsPlacedCellKeyword(token) || IsKeyword_G(token, L"NET") ||
-                          (obstructs && IsKeyword_G(token, L"CONDUCTIVE_AREA")) || level <= limit;
+                          (obstructs && IsKeyword_G(token, L"CONDUCTIVE_AREA")) || at.m_Level <= limit;
         if (ends && netName != L".")
         {
             flush();
             return;
         }
         stream.NewLine();
-        level = NextToken(stream, token);
+        at.Next();
     }
     DeleteOwned_G(shapes);
 }
@@ -190,14 +195,15 @@ void ExpeditionParser::FlushConductiveAreas(const AString& netName, std::vector<
 // GENERATED_DATA: the plane polygons the layout tool computed, one record per
 // outline or void. With a Planes.hkp beside the layout, only the tie legs are
 // taken from here.
-void ExpeditionParser::ReadGeneratedData(io::CToken_istream& stream, AString& token, double factor,
-                                         bool hasPlanesFile)
+void ExpeditionParser::ReadGeneratedData(ExpeditionReaderCursor at, bool hasPlanesFile)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     AString layer, word;
     ExpeditionLayoutNet* net = nullptr;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"PLANE_LYR"))
         {
             stream >> word;
@@ -216,31 +222,34 @@ void ExpeditionParser::ReadGeneratedData(io::CToken_istream& stream, AString& to
                                            "\" is left out: no net of that name has copper in the layout.");
         }
         else if (!hasPlanesFile && IsKeyword_G(token, L"RECT_PATH"))
-            ReadGeneratedRectangle(stream, token, factor, net, layer);
+            ReadGeneratedRectangle(at, net, layer);
         else if (!hasPlanesFile && IsKeyword_G(token, L"CIRCLE_PATH"))
-            ReadGeneratedCircle(stream, token, factor, net, layer);
+            ReadGeneratedCircle(at, net, layer);
         else if (!hasPlanesFile && IsKeyword_G(token, L"POLYLINE_PATH"))
-            ReadGeneratedPolyline(stream, token, factor, net, layer);
+            ReadGeneratedPolyline(at, net, layer);
         else if (!hasPlanesFile &&
                  (IsKeyword_G(token, L"POLYARC_PATH") || IsKeyword_G(token, L"POLYARC_SHAPE")))
-            ReadGeneratedPolyarc(stream, token, factor, net, layer, IsKeyword_G(token, L"POLYARC_PATH"));
+            ReadGeneratedPolyarc(at, net, layer, IsKeyword_G(token, L"POLYARC_PATH"));
         else if (hasPlanesFile && IsKeyword_G(token, L"APS_TIE_LEG"))
-            ReadTieLeg(stream, token, factor, net, layer);
+            ReadTieLeg(at, net, layer);
         // Any other token means nothing here, a value behind an unknown
         // keyword included.
     }
 }
 
-void ExpeditionParser::ReadGeneratedRectangle(io::CToken_istream& stream, AString& token, double factor,
-                                              ExpeditionLayoutNet* net, const AString& layer)
+void ExpeditionParser::ReadGeneratedRectangle(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net,
+                                              const AString& layer)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     double width = 0.0;
-    NextToken(stream, token);
+    at.Next();
     if (IsKeyword_G(token, L"WIDTH"))
     {
         stream >> width;
         width *= factor;
-        NextToken(stream, token);
+        at.Next();
     }
     if (!IsKeyword_G(token, L"XY"))
         return;
@@ -254,14 +263,17 @@ void ExpeditionParser::ReadGeneratedRectangle(io::CToken_istream& stream, AStrin
     AddGeneratedPlane(net, layer, plane);
 }
 
-void ExpeditionParser::ReadGeneratedCircle(io::CToken_istream& stream, AString& token, double factor,
-                                           ExpeditionLayoutNet* net, const AString& layer)
+void ExpeditionParser::ReadGeneratedCircle(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net,
+                                           const AString& layer)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     double width = 0.0, radius = 0.0, x = 0.0, y = 0.0;
     bool hasXY = false, hasRadius = false;
-    while (!stream.eof() && !(hasXY && hasRadius))
+    while (!at.AtEnd() && !(hasXY && hasRadius))
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
@@ -293,27 +305,30 @@ void ExpeditionParser::ReadGeneratedCircle(io::CToken_istream& stream, AString& 
 
 // The points are read over the largest float, so that a pair the file leaves
 // unreadable is recognised and dropped.
-void ExpeditionParser::ReadGeneratedPolyline(io::CToken_istream& stream, AString& token, double factor,
-                                             ExpeditionLayoutNet* net, const AString& layer)
+void ExpeditionParser::ReadGeneratedPolyline(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net,
+                                             const AString& layer)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     GeneratedPlane plane;
     plane.m_Kind = GeneratedPlane::k_Points;
-    NextToken(stream, token);
+    at.Next();
     if (IsKeyword_G(token, L"WIDTH"))
     {
         stream >> plane.m_Width;
         plane.m_Width *= factor;
     }
     // The point list as ReadPolyline finds it: behind the next XY keyword.
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"XY"))
             break;
     }
     AString scratch;
     const double unread = 3.4028234663852886e38;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
         stream >> scratch;
         if (scratch == L".")
@@ -327,14 +342,17 @@ void ExpeditionParser::ReadGeneratedPolyline(io::CToken_istream& stream, AString
     AddGeneratedPlane(net, layer, plane);
 }
 
-void ExpeditionParser::ReadGeneratedPolyarc(io::CToken_istream& stream, AString& token, double factor,
-                                            ExpeditionLayoutNet* net, const AString& layer, bool withWidth)
+void ExpeditionParser::ReadGeneratedPolyarc(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net,
+                                            const AString& layer, bool withWidth)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     GeneratedPlane plane;
     plane.m_Kind = GeneratedPlane::k_Arcs;
     if (withWidth)
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> plane.m_Width;
@@ -347,13 +365,15 @@ void ExpeditionParser::ReadGeneratedPolyarc(io::CToken_istream& stream, AString&
 }
 
 // A tie leg of a thermal connection: a two-point trace of the plane's net.
-void ExpeditionParser::ReadTieLeg(io::CToken_istream& stream, AString& token, double factor,
-                                  ExpeditionLayoutNet* net, const AString& layer)
+void ExpeditionParser::ReadTieLeg(ExpeditionReaderCursor& at, ExpeditionLayoutNet* net, const AString& layer)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
+    const double factor = at.m_Factor;
     double width = 0.0;
-    while (!stream.eof())
+    while (!at.AtEnd())
     {
-        NextToken(stream, token);
+        at.Next();
         if (IsKeyword_G(token, L"WIDTH"))
         {
             stream >> width;
@@ -362,7 +382,7 @@ void ExpeditionParser::ReadTieLeg(io::CToken_istream& stream, AString& token, do
         else if (IsKeyword_G(token, L"XY"))
             break;
     }
-    if (stream.eof())
+    if (at.AtEnd())
         return;
     double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     ReadCorners(stream, x1, y1, x2, y2);

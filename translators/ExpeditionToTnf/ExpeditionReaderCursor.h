@@ -8,7 +8,9 @@
 // argument where it took four. The token and the factor stay the caller's:
 // the cursor refers to them, and a units line read below changes the
 // caller's factor too. Sub-readers that read on their own leave the level as
-// it was, as the file's records expect (a stale level is part of the format).
+// it was, as the file's records expect (a stale level is part of the format):
+// such a reader takes the cursor by value, and its reads move a level of its
+// own. A reader that takes it by reference moves its caller's level as well.
 #pragma once
 
 #include "core/lib/vellum/AString.h"
@@ -27,6 +29,13 @@ struct ExpeditionReaderCursor
     int Next()
     {
         m_Level = ExpeditionParser::NextToken(m_Stream, m_Token);
+        return m_Level;
+    }
+    // The plainer read, without the limit on dots, of the files whose top
+    // level reads that way.
+    int NextPlain()
+    {
+        m_Level = ExpeditionParser::NextPlainToken(m_Stream, m_Token);
         return m_Level;
     }
     bool Is(const wchar_t* keyword) const { return IsKeyword_G(m_Token, keyword); }

@@ -4,6 +4,7 @@
 #include "translators/ExpeditionToTnf/ExpeditionDiagnostics.h"
 #include "translators/ExpeditionToTnf/ExpeditionKeyword.h"
 #include "translators/ExpeditionToTnf/ExpeditionParser.h"
+#include "translators/ExpeditionToTnf/ExpeditionReaderCursor.h"
 
 ExpeditionLayoutNet* ExpeditionParser::GetOrMakeNet(const AString& netName, ElementList& elements,
                                                     std::vector<ExpeditionTrace*> traces,
@@ -42,15 +43,16 @@ void ExpeditionParser::FlushNetBlock(const AString& netName, std::vector<Expedit
     shapes.clear();
 }
 
-void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, double& factor,
-                                    ElementList& elements)
+void ExpeditionParser::ReadNetBlock(ExpeditionReaderCursor at, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
+    const AString& token = at.m_Token;
     std::vector<ExpeditionTrace*> traces;
     std::vector<ExpeditionVia*> vias;
     std::vector<ExpeditionShapes*> shapes;
     AString netName(L"."); // no net open yet
-    int level = 0;
-    while (!stream.eof())
+    at.m_Level = 0;
+    while (!at.AtEnd())
     {
         if (IsKeyword_G(token, L"NET"))
         {
@@ -59,16 +61,16 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
             stream >> netName;
             if (m_Diagnostics)
                 stream.MarkRecord();
-            level = NextToken(stream, token);
+            at.Next();
         }
         else if (IsKeyword_G(token, L"UNITS"))
         {
             AString text;
             stream.NewLine(text);
-            factor = UnitFactor(text); // for the caller too
-            level = NextToken(stream, token);
+            at.m_Factor = UnitFactor(text); // for the caller too
+            at.Next();
         }
-        else if (IsPlacedCellKeyword(token) || level == k_OneDot)
+        else if (IsPlacedCellKeyword(token) || at.m_Level == k_OneDot)
         {
             FlushNetBlock(netName, traces, vias, shapes, elements);
             return;
@@ -76,7 +78,7 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
         else if (IsKeyword_G(token, L"TRACE"))
         {
             AString ignored;
-            traces.push_back(ReadTrace(stream, token, factor, 0, ignored));
+            traces.push_back(ReadTrace(at, 0, ignored));
             if (m_Diagnostics && traces.back())
                 ++m_Diagnostics->InJob()
                       .m_Traces[ExpeditionDiagnostics::LayerKey(traces.back()->m_LayerName)];
@@ -84,19 +86,19 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
         else if (IsKeyword_G(token, L"VIA"))
         {
             AString ignored;
-            vias.push_back(ReadVia(stream, token, factor, ignored));
+            vias.push_back(ReadVia(at, ignored));
             if (m_Diagnostics)
                 ++m_Diagnostics->InJob().m_Vias;
         }
         else if (IsKeyword_G(token, L"CONDUCTIVE_AREA"))
         {
             AString ignored;
-            ReadConductiveAreaRecord(stream, token, factor, shapes, ignored, level);
+            ReadConductiveAreaRecord(at, shapes, ignored);
         }
         else
         {
             stream.NewLine();
-            level = NextToken(stream, token);
+            at.Next();
         }
     }
     // A net ended by the end of the file is not flushed: it is lost.
@@ -112,13 +114,13 @@ void ExpeditionParser::ReadNetBlock(io::CToken_istream& stream, AString& token, 
     DeleteOwned_G(shapes);
 }
 
-void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token, double factor, int limit,
-                                     ElementList& elements)
+void ExpeditionParser::ReadFreeTrace(ExpeditionReaderCursor at, int limit, ElementList& elements)
 {
+    io::CToken_istream& stream = at.m_Stream;
     AString netName;
     if (m_Diagnostics)
         stream.MarkRecord();
-    ExpeditionTrace* trace = ReadTrace(stream, token, factor, limit, netName);
+    ExpeditionTrace* trace = ReadTrace(at, limit, netName);
     if (m_Diagnostics && trace)
         ++m_Diagnostics->InJob().m_Traces[ExpeditionDiagnostics::LayerKey(trace->m_LayerName)];
     if (netName.empty())
@@ -135,12 +137,13 @@ void ExpeditionParser::ReadFreeTrace(io::CToken_istream& stream, AString& token,
         net->m_Traces.push_back(trace);
 }
 
-void ExpeditionParser::ReadPlacedVia(io::CToken_istream& stream, AString& token, double factor)
+void ExpeditionParser::ReadPlacedVia(ExpeditionReaderCursor at)
 {
+    io::CToken_istream& stream = at.m_Stream;
     AString netName;
     if (m_Diagnostics)
         stream.MarkRecord();
-    ExpeditionVia* via = ReadVia(stream, token, factor, netName);
+    ExpeditionVia* via = ReadVia(at, netName);
     if (m_Diagnostics)
         ++m_Diagnostics->InJob().m_Vias;
     if (ExpeditionLayoutNet* net = FindNet(netName))
