@@ -16,24 +16,6 @@ namespace
 {
 const char* const k_Date = "Mon Jan  7 10:00:00 2030";
 
-std::string ReadText(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// The 1-based line of the first line that holds the text, counted here.
-size_t LineHolding(const std::string& text, const std::string& what)
-{
-    const size_t at = text.find(what);
-    EXPECT_NE(at, std::string::npos) << what;
-    if (at == std::string::npos)
-        return 0;
-    return 1 + static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<long>(at), '\n'));
-}
-
 void Replace(std::string& text, const std::string& from, const std::string& to)
 {
     const size_t at = text.find(from);
@@ -56,7 +38,7 @@ public:
                 fs::copy_file(entry.path(), m_Dir / entry.path().filename());
     }
     ~ExampleCopy() { fs::remove_all(m_Dir); }
-    std::string Text(const char* file) const { return ReadText(m_Dir / file); }
+    std::string Text(const char* file) const { return ReadFileBytes(m_Dir / file); }
     void Write(const char* file, const std::string& text) const
     {
         std::ofstream(m_Dir / file, std::ios::binary) << text;
@@ -236,16 +218,9 @@ TEST(CheckedRun, CountsOfTheJobAgainstThoseOfTheFile)
     // the same, and the writers, which lose nothing of this job, too.
     const fs::path dir = fs::temp_directory_path() / "checked_run_generated_counts";
     fs::remove_all(dir);
-    const std::string command = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
-                                dir.string() + "\" --size-mb 0.3 --planes-file --seed 7 >" +
-#ifdef _WIN32
-                                "NUL";
-#else
-                                "/dev/null";
-#endif
-    if (std::system(command.c_str()) != 0)
+    if (GenerateJob(dir, "--size-mb 0.3 --planes-file --seed 7") != 0)
         GTEST_SKIP() << "python3 could not generate a job; the counts were not checked";
-    const std::string summary = ReadText(dir / "generator_summary.json");
+    const std::string summary = ReadFileBytes(dir / "generator_summary.json");
     const auto value = [&summary](const char* key)
     {
         std::smatch match;
@@ -313,7 +288,7 @@ TEST(CheckedRun, TheFileIsTheSameByteForByteWithAndWithoutTheSink)
     const std::string command = std::string("\"") + TNF_TRANSLATOR_EXE + "\" \"" + TNF_SOURCE_DIR +
                                 "/examples/Demo4Layer\" \"" + output.string() + "\"";
     ASSERT_EQ(std::system(command.c_str()), 0);
-    std::string program = ReadText(output);
+    std::string program = ReadFileBytes(output);
     const std::regex date("Date='[^']*'");
     const CheckedRun inProcess(fs::path(TNF_SOURCE_DIR) / "examples" / "Demo4Layer", true);
     EXPECT_TRUE(std::regex_replace(program, date, "Date") ==
@@ -325,14 +300,7 @@ TEST(CheckedRun, TheFileIsTheSameByteForByteWithAndWithoutTheSink)
     // A generated job of a third of a megabyte with a planes file.
     const fs::path generated = fs::temp_directory_path() / "checked_run_generated";
     fs::remove_all(generated);
-    const std::string generate = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
-                                 generated.string() + "\" --size-mb 0.3 --planes-file --seed 3 >" +
-#ifdef _WIN32
-                                 "NUL";
-#else
-                                 "/dev/null";
-#endif
-    if (std::system(generate.c_str()) != 0)
+    if (GenerateJob(generated, "--size-mb 0.3 --planes-file --seed 3") != 0)
         GTEST_SKIP() << "python3 could not generate a job; the generated half of this test did not run";
     const CheckedRun with(generated, true), without(generated, false);
     EXPECT_GT(with.m_Text.size(), 100000u);

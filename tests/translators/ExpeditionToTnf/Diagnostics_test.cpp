@@ -17,15 +17,6 @@ std::string ExampleText(const char* name)
     return text.str();
 }
 
-// The 1-based line of the first line that holds the text, counted here
-// independently of the stream.
-size_t LineHolding(const std::string& text, const std::string& what)
-{
-    const size_t at = text.find(what);
-    EXPECT_NE(at, std::string::npos) << what;
-    return 1 + static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<long>(at), '\n'));
-}
-
 size_t LineCount(const std::string& text)
 {
     return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));

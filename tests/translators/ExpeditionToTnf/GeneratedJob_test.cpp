@@ -11,32 +11,11 @@
 
 namespace
 {
-#ifdef _WIN32
-const char* const k_NullDevice = "NUL";
-#else
-const char* const k_NullDevice = "/dev/null";
-#endif
 
 bool HavePython()
 {
     const std::string command = std::string("python3 --version >") + k_NullDevice + " 2>&1";
     return std::system(command.c_str()) == 0;
-}
-
-std::string ReadAll(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// Runs the generator into dir; the status of the run.
-int Generate(const fs::path& dir, const std::string& options)
-{
-    const std::string command = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
-                                dir.string() + "\" " + options + " >" + k_NullDevice;
-    return std::system(command.c_str());
 }
 
 // A whole number of the summary, -1 if the key is absent.
@@ -119,8 +98,8 @@ protected:
             GTEST_SKIP() << "python3 is not available";
         const fs::path first = JobDir();
         const fs::path second = OutputPath("job2");
-        ASSERT_EQ(Generate(first, options + " --check"), 0);
-        ASSERT_EQ(Generate(second, options), 0);
+        ASSERT_EQ(GenerateJob(first, options + " --check"), 0);
+        ASSERT_EQ(GenerateJob(second, options), 0);
 
         std::vector<std::string> names{"JobPrefs.hkp", "Padstack.hkp", "Cell.hkp",
                                        "Layout.hkp",   "PDB.hkp",      "generator_summary.json"};
@@ -130,13 +109,13 @@ protected:
         {
             ASSERT_TRUE(fs::exists(first / name)) << name;
             // Compared as a whole, without printing megabytes on a failure.
-            EXPECT_TRUE(ReadAll(first / name) == ReadAll(second / name))
+            EXPECT_TRUE(ReadFileBytes(first / name) == ReadFileBytes(second / name))
                 << name << " differs between two runs";
         }
         EXPECT_EQ(fs::exists(first / "Planes.hkp"), planesFile);
 
-        const std::string layout = ReadAll(first / "Layout.hkp");
-        const std::string summary = ReadAll(first / "generator_summary.json");
+        const std::string layout = ReadFileBytes(first / "Layout.hkp");
+        const std::string summary = ReadFileBytes(first / "generator_summary.json");
         // About 0.2 MB, as asked.
         EXPECT_GT(layout.size(), 150000u);
         EXPECT_LT(layout.size(), 260000u);
@@ -184,7 +163,7 @@ protected:
         long planes = 0;
         long voids = 0;
         CountPlanes(*layoutNets, &planes, &voids);
-        const std::string prefs = ReadAll(first / "JobPrefs.hkp");
+        const std::string prefs = ReadFileBytes(first / "JobPrefs.hkp");
         EXPECT_EQ(planes, CountLines(prefs, "..PLANE_LAYER "));
         EXPECT_EQ(SummaryValue(summary, "plane_layers"), planes);
         EXPECT_EQ(voids, SummaryValue(summary, "plane_voids"));
@@ -211,9 +190,9 @@ TEST_F(GeneratedJob, WithPlanesFileTenLayersNoNetClassNoValues)
     if (IsSkipped())
         return;
     EXPECT_FALSE(fs::exists(JobDir() / "NetClass.hkp"));
-    EXPECT_EQ(ReadAll(JobDir() / "PDB.hkp").find("Prop \"Value\""), std::string::npos);
+    EXPECT_EQ(ReadFileBytes(JobDir() / "PDB.hkp").find("Prop \"Value\""), std::string::npos);
     // Ten layers: ten conductive and eleven dielectric layers, numbered 1 to 21.
-    const std::string prefs = ReadAll(JobDir() / "JobPrefs.hkp");
+    const std::string prefs = ReadFileBytes(JobDir() / "JobPrefs.hkp");
     EXPECT_EQ(CountLines(prefs, "..SIGNAL_LAYER ") + CountLines(prefs, "..PLANE_LAYER "), 10);
     EXPECT_EQ(CountLines(prefs, "..DIELECTRIC_LAYER "), 11);
     EXPECT_NE(prefs.find("..DIELECTRIC_LAYER 21\n"), std::string::npos);
@@ -272,9 +251,9 @@ TEST_F(GeneratedJob, LargeJobWorkLeavesTheFileByteForByte)
     {
         SCOPED_TRACE(c.m_Options);
         fs::remove_all(JobDir());
-        ASSERT_EQ(Generate(JobDir(), c.m_Options), 0);
+        ASSERT_EQ(GenerateJob(JobDir(), c.m_Options), 0);
         ASSERT_EQ(Translate(), 0);
-        const std::string text = WithoutDateLine(ReadAll(OutputPath()));
+        const std::string text = WithoutDateLine(ReadFileBytes(OutputPath()));
         EXPECT_EQ(text.size(), c.m_Bytes);
         EXPECT_EQ(Fnv1a64(text), c.m_Hash);
     }

@@ -148,6 +148,41 @@ private:
 };
 #endif
 
+// The bytes of a file, as they are on disk.
+inline std::string ReadFileBytes(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The 1-based line of the first line that holds the text, counted here
+// independently of the token stream; 0 (and a failure) when it is absent.
+inline size_t LineHolding(const std::string& text, const std::string& what)
+{
+    const size_t at = text.find(what);
+    EXPECT_NE(at, std::string::npos) << what;
+    if (at == std::string::npos)
+        return 0;
+    return 1 + static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<long>(at), '\n'));
+}
+
+#ifdef _WIN32
+inline const char* const k_NullDevice = "NUL";
+#else
+inline const char* const k_NullDevice = "/dev/null";
+#endif
+
+// Runs the job generator of the benchmarks into dir; the status of the run
+// (not 0 where python3 is missing, as under wine).
+inline int GenerateJob(const fs::path& dir, const std::string& options)
+{
+    const std::string command = std::string("python3 \"") + TNF_SOURCE_DIR + "/bench/generate_job.py\" \"" +
+                                dir.string() + "\" " + options + " >" + k_NullDevice;
+    return std::system(command.c_str());
+}
+
 // The five files every job must have, empty but present.
 inline const std::map<std::string, std::string>& MinimalJobFiles()
 {
