@@ -228,6 +228,11 @@ void CAbstract_istream::Load(size_t offset, size_t atLeast) const
             m_Size = have + got;
         }
     }
+    // A file that fits in the window is held whole from here on, and its
+    // handle is let go at once: Windows neither removes nor replaces a file
+    // that some stream still holds open, and most job files are small.
+    if (m_WindowStart == 0 && m_Window.size() == m_Size)
+        m_Source.reset();
 }
 
 std::string_view CAbstract_istream::Data() const
