@@ -24,7 +24,7 @@ namespace io
 {
 class CToken_istream;
 }
-class ExpeditionPin;
+struct ExpeditionPin;
 
 class ExpeditionDiagnostics
 {

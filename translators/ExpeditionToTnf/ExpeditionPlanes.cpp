@@ -265,8 +265,11 @@ void ExpeditionLayoutNet::AddPlaneOutline(const geom::Polygon& polygon, double w
 
 void ExpeditionLayoutNet::ResolvePlaneVoids()
 {
-    for (auto& [layer, polygons] : m_PlaneOutlines)
+    for (auto& entry : m_PlaneOutlines)
     {
+        // A plain reference, not a structured binding: older compilers let
+        // no lambda capture a binding.
+        auto& polygons = entry.second;
         const size_t n = polygons.size();
         std::vector<geom::Box> boxes;
         boxes.reserve(n);
@@ -378,7 +381,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         for (size_t k = 0; k < voids.size(); ++k)
             if (bestOf[k] != n)
                 taken[bestOf[k]].push_back(polygons[voids[k]]);
-        std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[layer];
+        std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[entry.first];
         for (size_t r = 0; r < sorted.size(); ++r)
         {
             shapes.emplace_back(contours[r], polygons[sorted[r]].m_Width,
