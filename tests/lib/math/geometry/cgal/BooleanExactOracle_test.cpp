@@ -731,7 +731,10 @@ public:
         const double sx = Pick(2) ? 1 : -1, sy = Pick(2) ? 1 : -1;
         const double a = sx * t[0], b = sy * t[1];
         const P p = RandomPoint();
-        const double len = (1 + Pick(400)) * k_Grid * 5 / t[2], half = (20 + Pick(600)) * k_Grid / t[2];
+        // Whole grid steps along the triple, so that the caps' ends lie
+        // on the grid and each cap's centre exactly on its bisector.
+        const double len = std::max(1, (1 + Pick(400)) * 5 / t[2]) * k_Grid,
+                     half = std::max(1, (20 + Pick(600)) / t[2]) * k_Grid;
         const P q{p.x + a * len, p.y + b * len};
         const P n{-b * half, a * half};
         const P p1{p.x + n.x, p.y + n.y}, p2{p.x - n.x, p.y - n.y}, q1{q.x + n.x, q.y + n.y},
