@@ -173,9 +173,18 @@ public:
         const double width = box.GetMaxX().GetValue() - m_X0, height = box.GetMaxY().GetValue() - m_Y0;
         if (!(width > 0.0 && height > 0.0 && std::isfinite(width) && std::isfinite(height)))
             return;
-        const double side = std::sqrt(width * height / static_cast<double>(std::max<size_t>(cellCount, 1)));
-        m_Nx = static_cast<size_t>(std::clamp(std::ceil(width / side), 1.0, 4096.0));
-        m_Ny = static_cast<size_t>(std::clamp(std::ceil(height / side), 1.0, 4096.0));
+        // A box of no size in doubles (coordinates near the smallest double)
+        // gets no grid: its side would come out as zero and its count of
+        // cells without bound.
+        const double wanted = static_cast<double>(std::max<size_t>(cellCount, 1));
+        const double side = std::sqrt(width / wanted * height);
+        if (!(side > 0.0 && std::isfinite(side)))
+            return;
+        const double nx = std::ceil(width / side), ny = std::ceil(height / side);
+        if (!(nx >= 1.0 && ny >= 1.0 && nx * ny <= 4.0 * wanted))
+            return;
+        m_Nx = static_cast<size_t>(nx);
+        m_Ny = static_cast<size_t>(ny);
         m_Dx = width / static_cast<double>(m_Nx);
         m_Dy = height / static_cast<double>(m_Ny);
         m_Region.assign(m_Nx * m_Ny, k_Free);
@@ -325,7 +334,7 @@ public:
 
 private:
     static constexpr unsigned k_Asked = 16;
-    static constexpr size_t k_Kept = 16;
+    static constexpr size_t k_Kept = 8;
     std::vector<unsigned> m_Asked;
     std::map<size_t, ClearCells> m_Cells;
     size_t m_CellCount;
