@@ -137,7 +137,6 @@ protected:
     // vertices are those of one vector starting at base_vertex.
     static std::vector<Loop> JoinLoopsAtVertices(const std::vector<Loop>& loops, const Vertex* base_vertex,
                                                  size_t vertex_count);
-    std::vector<Arc> JoinAdjacentArcsKeepingPinches(const Loop& loop) const;
     PolygonWithHolesCollection Assemble(const std::vector<Loop>& loops);
 
     std::vector<Edge> m_Edges;

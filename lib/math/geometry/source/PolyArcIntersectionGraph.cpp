@@ -229,6 +229,48 @@ Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, doubl
                ? short_way
                : long_way;
 }
+
+// A closed contour that passes a point twice pinches there: a hole that
+// touches its outline, or two outlines that touch. The pieces on either side
+// of such a point often lie on one line or circle (a disk touching a side at
+// a point), and joined across it they would hide where the contour touches
+// itself. Runs between such points are joined on their own.
+std::vector<Arc> JoinAdjacentArcsKeepingPinches(const std::vector<Arc>& arcs, Unit accuracy)
+{
+    const size_t n = arcs.size();
+    std::vector<Point> starts;
+    starts.reserve(n);
+    for (const Arc& a : arcs)
+        starts.push_back(a.GetStart());
+    std::sort(starts.begin(), starts.end());
+    const auto pinch = [&](size_t i)
+    {
+        const auto range = std::equal_range(starts.begin(), starts.end(), arcs[i].GetStart());
+        return range.second - range.first > 1;
+    };
+    size_t first = n;
+    for (size_t i = 0; i < n && first == n; ++i)
+        if (pinch(i))
+            first = i;
+    if (first == n)
+        return JoinAdjacentArcs_G(arcs, k_Closed, accuracy).m_Value;
+    std::vector<Arc> ret, run;
+    const auto flush = [&]()
+    {
+        const std::vector<Arc> joined = JoinAdjacentArcs_G(run, k_Open, accuracy).m_Value;
+        ret.insert(ret.end(), joined.begin(), joined.end());
+        run.clear();
+    };
+    for (size_t k = 0; k < n; ++k)
+    {
+        const size_t i = (first + k) % n;
+        if (k > 0 && pinch(i))
+            flush();
+        run.push_back(arcs[i]);
+    }
+    flush();
+    return ret;
+}
 } // namespace
 
 // --- Splitting ---
@@ -401,7 +443,7 @@ void AppendContours_G(const PolygonWithHoles& region, int owner, int group, Unit
         PolyArcIntersectionGraph::Contour c;
         c.m_Owner = owner;
         c.m_Group = group;
-        c.m_Arcs = JoinAdjacentArcs_G(chain.GetEdges(), k_Closed, accuracy * 0.5).m_Value;
+        c.m_Arcs = JoinAdjacentArcsKeepingPinches(chain.GetEdges(), accuracy * 0.5);
         VELLUM_ASSERT(IsPolyArcSequence_G(c.m_Arcs, k_Closed));
         out.push_back(std::move(c));
     };
@@ -1039,44 +1081,6 @@ PolyArcIntersectionGraph::JoinLoopsAtVertices(const std::vector<Loop>& loops, co
     return all;
 }
 
-std::vector<Arc> PolyArcIntersectionGraph::JoinAdjacentArcsKeepingPinches(const Loop& loop) const
-{
-    // A loop that passes a vertex twice pinches there: a hole that touches
-    // its outline, or two outlines that touch. The pieces on either side of
-    // such a vertex often lie on one line or circle (a disk touching a side
-    // at a point), and joined across it they would hide where the loop
-    // touches itself. Runs between such vertices are joined on their own.
-    const size_t n = loop.m_Arcs.size();
-    std::vector<const Vertex*> sorted = loop.m_Vertices;
-    std::sort(sorted.begin(), sorted.end());
-    const auto pinch = [&](size_t i)
-    {
-        const auto range = std::equal_range(sorted.begin(), sorted.end(), loop.m_Vertices[i]);
-        return range.second - range.first > 1;
-    };
-    size_t first = n;
-    for (size_t i = 0; i < n && first == n; ++i)
-        if (pinch(i))
-            first = i;
-    if (first == n || loop.m_Vertices.size() != n)
-        return JoinAdjacentArcs_G(loop.m_Arcs, k_Closed, m_CalcAccuracy).m_Value;
-    std::vector<Arc> ret, run;
-    for (size_t k = 0; k < n; ++k)
-    {
-        const size_t i = (first + k) % n;
-        if (k > 0 && pinch(i))
-        {
-            const std::vector<Arc> joined = JoinAdjacentArcs_G(run, k_Open, m_CalcAccuracy).m_Value;
-            ret.insert(ret.end(), joined.begin(), joined.end());
-            run.clear();
-        }
-        run.push_back(loop.m_Arcs[i]);
-    }
-    const std::vector<Arc> joined = JoinAdjacentArcs_G(run, k_Open, m_CalcAccuracy).m_Value;
-    ret.insert(ret.end(), joined.begin(), joined.end());
-    return ret;
-}
-
 PolygonWithHolesCollection PolyArcIntersectionGraph::Assemble(const std::vector<Loop>& loops)
 {
     const Area limit = m_CalcAccuracy * m_CalcAccuracy;
@@ -1084,7 +1088,7 @@ PolygonWithHolesCollection PolyArcIntersectionGraph::Assemble(const std::vector<
     std::vector<Polygon> holes, degenerate;
     for (const Loop& loop : loops)
     {
-        std::vector<Arc> arcs = JoinAdjacentArcsKeepingPinches(loop);
+        std::vector<Arc> arcs = JoinAdjacentArcsKeepingPinches(loop.m_Arcs, m_CalcAccuracy);
         if (arcs.empty() || !IsPolyArcSequence_G(arcs, k_Closed))
             continue;
         const PolyArc chain(k_Closed, arcs);
