@@ -1020,10 +1020,26 @@ TEST(BooleanExactOracle, UnionOfOneCollectionAndPlanesMinusVoids)
     {
         std::vector<Region> shapes;
         const int n = 2 + maker.Pick(10);
+        // Shapes that touch at a tangent (a disk on a side, a side along a
+        // disk's extreme or through its start point, or a disk a few
+        // billionths of a millimetre off) meet within the accuracy over a
+        // stretch, where the exact answer has a point or a gap: the
+        // boundary may pinch there or run past, and a hole or a plane's
+        // piece closed there may be one or none. As for pairs, the pieces
+        // are counted only without such a contact.
+        bool near_contact = false;
         for (int k = 0; k < n; ++k)
-            shapes.push_back(maker.Pick(3)
-                                 ? maker.Any()
-                                 : maker.Nasty(shapes.empty() ? maker.Any() : shapes.back(), maker.Pick(9)));
+        {
+            if (maker.Pick(3))
+            {
+                shapes.push_back(maker.Any());
+                continue;
+            }
+            const Region base = shapes.empty() ? maker.Any() : shapes.back();
+            const int kind = maker.Pick(9);
+            near_contact = near_contact || kind == 2 || kind == 3 || kind == 4 || kind == 7;
+            shapes.push_back(maker.Nasty(base, kind));
+        }
         bool valid = true;
         for (const Region& s : shapes)
             valid = valid && IsValid(s);
@@ -1050,7 +1066,7 @@ TEST(BooleanExactOracle, UnionOfOneCollectionAndPlanesMinusVoids)
         unsigned long before = GetFailedAssertCount_G();
         const PolygonWithHolesCollection united =
             PolyArcIntersectionGraph2(PolygonWithHolesCollection(ours_in), k_Accuracy).GetResult();
-        Compare(united, before, expected, length, scale, label + " union", tally);
+        Compare(united, before, expected, length, scale, label + " union", tally, !near_contact);
         // A plane of two rounded boxes minus the union.
         const Box box = PolygonWithHolesCollection(ours_in).GetBBox();
         const double x0 = std::floor(box.GetMinX().GetValue()) - 1,
@@ -1069,7 +1085,7 @@ TEST(BooleanExactOracle, UnionOfOneCollectionAndPlanesMinusVoids)
         before = GetFailedAssertCount_G();
         const PolygonWithHolesCollection cut = plane.Subtract(united, k_Accuracy);
         Compare(cut, before, expected_cut, length + GetLength(left) + GetLength(right),
-                scale + plane.GetArea().GetValue(), label + " plane minus union", tally);
+                scale + plane.GetArea().GetValue(), label + " plane minus union", tally, !near_contact);
         ++tally.m_Cases;
     }
     Report("collections", tally);
