@@ -858,8 +858,10 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
             // turned back here.
             bool covers[2][2] = {{false, false}, {false, false}}; // [owner][left, right]
             bool present[2] = {false, false};
-            for (const auto& [f, forward] : copies)
+            for (const std::pair<Edge*, bool>& copy : copies)
             {
+                const Edge* f = copy.first;
+                const bool forward = copy.second;
                 const auto n = std::find_if(net.begin(), net.end(),
                                             [&](const auto& g) { return g.first == f->m_Group; });
                 const int owner = f->m_Owner == 1 ? 1 : 0;

@@ -1,7 +1,7 @@
 // Boolean operations and self-intersection repair against CGAL's exact circle-segment sets.
 //
 // Every shape is made on a grid of 2^-10 mm (finer, 2^-30 mm, for the
-// shifts that put edges nanometres apart), and every arc has a grid centre
+// shifts that put edges picometres apart), and every arc has a grid centre
 // on its chord's bisector, so CGAL gets the very same region in exact
 // rational arithmetic; only the sagitta our arcs carry is rounded, by a few
 // units in the last place. Pairs of regions of mixed straight edges and arcs
@@ -58,7 +58,7 @@ using WindingArrangement = CGAL::Arrangement_2<WindingTraits>;
 
 const Unit k_Accuracy(1e-6);
 const double k_Grid = 1.0 / 1024;          // 2^-10 mm
-const double k_FineGrid = 1.0 / (1 << 30); // 2^-30 mm, about a nanometre
+const double k_FineGrid = 1.0 / (1 << 30); // 2^-30 mm, about a picometre
 
 // --- Shapes in a form both libraries take exactly ---
 
@@ -633,7 +633,7 @@ public:
         {
         case 0: // identical
             return a;
-        case 1: // a copy a few nanometres away
+        case 1: // a copy a few picometres away
             return Shifted(a, nm(), nm());
         case 2: // along the right side of the box, partly overlapping it
             return Region{BoxContour(P{x1, OnGrid(y0 - 1, ym)}, P{x1 + OnGrid(0.5, 2), OnGrid(ym, y1 + 1)}),
