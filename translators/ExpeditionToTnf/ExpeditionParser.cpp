@@ -88,11 +88,20 @@ void ExpeditionParser::Read(ElementList& elements)
     CollectUsedPads(elements);
 }
 
+namespace
+{
+// Whether the token is the dot in front of a keyword, compared as it stands.
+bool IsLoneDot(const AString& token)
+{
+    return token.size() == 1 && token[0] == L'.';
+}
+} // namespace
+
 int ExpeditionParser::NextToken(io::CToken_istream& stream, AString& token)
 {
     int level = 0;
     token = L".";
-    while (token == L"." && !stream.eof())
+    while (IsLoneDot(token) && !stream.eof())
     {
         stream >> token;
         if (++level > 8)
@@ -116,7 +125,7 @@ int ExpeditionParser::NextPlainToken(io::CToken_istream& stream, AString& token)
 {
     int reads = 0;
     token = L".";
-    while (token == L"." && !stream.eof())
+    while (IsLoneDot(token) && !stream.eof())
     {
         stream >> token;
         ++reads;

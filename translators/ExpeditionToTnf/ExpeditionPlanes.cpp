@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <map>
 #include <new>
 #include <optional>
@@ -136,6 +137,210 @@ private:
     std::map<size_t, geom::Polygon> m_Made;
     geom::Polygon m_Spare;
 };
+} // namespace
+
+namespace
+{
+// Where a contour that many small ones are tested against has its inside,
+// cell by cell over its box. A cell that no edge comes near lies wholly
+// inside the contour or wholly outside it, and so does every such cell it
+// shares a side with: one point test answers for a whole region of them. A
+// small contour whose box lies in the cells of one region is then held by
+// the big one, or not, without a test of its own, and the answer is the one
+// the test would give: no edge of either comes within the accuracy of the
+// other, and its first point lies where the region's point lies. Near an
+// edge the cells say nothing and the caller tests.
+class ClearCells
+{
+public:
+    enum Answer
+    {
+        k_Unknown,
+        k_Held,
+        k_NotHeld
+    };
+
+    // A grid of about cellCount cells over the contour's box; none at all for
+    // a contour without area.
+    ClearCells(const geom::Polygon& contour, double accuracy, size_t cellCount)
+        : m_Contour(contour), m_Accuracy(accuracy)
+    {
+        const geom::Box box = contour.GetBBox();
+        if (box.IsEmpty())
+            return;
+        m_X0 = box.GetMinX().GetValue();
+        m_Y0 = box.GetMinY().GetValue();
+        const double width = box.GetMaxX().GetValue() - m_X0, height = box.GetMaxY().GetValue() - m_Y0;
+        if (!(width > 0.0 && height > 0.0 && std::isfinite(width) && std::isfinite(height)))
+            return;
+        // A box of no size in doubles (coordinates near the smallest double)
+        // gets no grid: its side would come out as zero and its count of
+        // cells without bound.
+        const double wanted = static_cast<double>(std::max<size_t>(cellCount, 1));
+        const double side = std::sqrt(width / wanted * height);
+        if (!(side > 0.0 && std::isfinite(side)))
+            return;
+        const double nx = std::ceil(width / side), ny = std::ceil(height / side);
+        if (!(nx >= 1.0 && ny >= 1.0 && nx * ny <= 4.0 * wanted))
+            return;
+        m_Nx = static_cast<size_t>(nx);
+        m_Ny = static_cast<size_t>(ny);
+        m_Dx = width / static_cast<double>(m_Nx);
+        m_Dy = height / static_cast<double>(m_Ny);
+        m_Region.assign(m_Nx * m_Ny, k_Free);
+        for (const geom::Arc& edge : contour.GetEdges())
+            MarkNear(edge.GetBBox());
+        Label();
+    }
+
+    // Whether the contour holds a small one with this box, if the cells know.
+    Answer Holds(const geom::Box& inner)
+    {
+        if (m_Region.empty() || inner.IsEmpty())
+            return k_Unknown;
+        size_t x0 = 0, x1 = 0, y0 = 0, y1 = 0;
+        if (!Span(inner.GetMinX().GetValue() - k_Margin, inner.GetMaxX().GetValue() + k_Margin, m_X0, m_Dx,
+                  m_Nx, x0, x1) ||
+            !Span(inner.GetMinY().GetValue() - k_Margin, inner.GetMaxY().GetValue() + k_Margin, m_Y0, m_Dy,
+                  m_Ny, y0, y1))
+            return k_Unknown;
+        const int32_t region = m_Region[x0 * m_Ny + y0];
+        for (size_t x = x0; x <= x1; ++x)
+            for (size_t y = y0; y <= y1; ++y)
+                if (const int32_t r = m_Region[x * m_Ny + y]; r < 0 || r != region)
+                    return k_Unknown;
+        signed char& inside = m_Inside[static_cast<size_t>(region)];
+        if (inside < 0)
+        {
+            const size_t cell = m_Seed[static_cast<size_t>(region)];
+            const geom::Point centre(m_X0 + (static_cast<double>(cell / m_Ny) + 0.5) * m_Dx,
+                                     m_Y0 + (static_cast<double>(cell % m_Ny) + 0.5) * m_Dy);
+            inside = m_Contour.IsPointInside(centre, m_Accuracy) ? 1 : 0;
+        }
+        return inside ? k_Held : k_NotHeld;
+    }
+
+private:
+    // How far from every edge a cell stays to count as clear: far beyond the
+    // accuracy of the relation tests, far below the size of any void.
+    static constexpr double k_Margin = 1e-6;
+    static constexpr int32_t k_Free = -1; // not labelled yet
+    static constexpr int32_t k_Near = -2; // an edge comes near
+
+    // The cells that the interval [lo, hi] touches along one axis; false when
+    // it leaves the grid. The index is monotone in the coordinate, so a point
+    // within the interval never falls in a cell outside the span.
+    static bool Span(double lo, double hi, double origin, double step, size_t count, size_t& first,
+                     size_t& last)
+    {
+        const double a = std::floor((lo - origin) / step), b = std::floor((hi - origin) / step);
+        if (!(a >= 0.0 && b < static_cast<double>(count)))
+            return false;
+        first = static_cast<size_t>(a);
+        last = static_cast<size_t>(b);
+        return true;
+    }
+
+    static size_t Clamped(double at, size_t count)
+    {
+        if (!(at > 0.0))
+            return 0;
+        return at < static_cast<double>(count - 1) ? static_cast<size_t>(at) : count - 1;
+    }
+
+    // Marks the cells that an edge's box, widened by the margin, touches.
+    void MarkNear(const geom::Box& edge)
+    {
+        const size_t x0 = Clamped(std::floor((edge.GetMinX().GetValue() - k_Margin - m_X0) / m_Dx), m_Nx);
+        const size_t x1 = Clamped(std::floor((edge.GetMaxX().GetValue() + k_Margin - m_X0) / m_Dx), m_Nx);
+        const size_t y0 = Clamped(std::floor((edge.GetMinY().GetValue() - k_Margin - m_Y0) / m_Dy), m_Ny);
+        const size_t y1 = Clamped(std::floor((edge.GetMaxY().GetValue() + k_Margin - m_Y0) / m_Dy), m_Ny);
+        for (size_t x = x0; x <= x1; ++x)
+            for (size_t y = y0; y <= y1; ++y)
+                m_Region[x * m_Ny + y] = k_Near;
+    }
+
+    // Gives the clear cells that share sides one region number each.
+    void Label()
+    {
+        std::vector<size_t> stack;
+        for (size_t start = 0; start < m_Region.size(); ++start)
+        {
+            if (m_Region[start] != k_Free)
+                continue;
+            const auto region = static_cast<int32_t>(m_Seed.size());
+            m_Seed.push_back(start);
+            m_Region[start] = region;
+            stack.push_back(start);
+            while (!stack.empty())
+            {
+                const size_t cell = stack.back();
+                stack.pop_back();
+                const size_t x = cell / m_Ny, y = cell % m_Ny;
+                const auto visit = [&](size_t next)
+                {
+                    if (m_Region[next] == k_Free)
+                    {
+                        m_Region[next] = region;
+                        stack.push_back(next);
+                    }
+                };
+                if (x > 0)
+                    visit(cell - m_Ny);
+                if (x + 1 < m_Nx)
+                    visit(cell + m_Ny);
+                if (y > 0)
+                    visit(cell - 1);
+                if (y + 1 < m_Ny)
+                    visit(cell + 1);
+            }
+        }
+        m_Inside.assign(m_Seed.size(), -1);
+    }
+
+    geom::Polygon m_Contour;
+    double m_Accuracy;
+    double m_X0 = 0.0, m_Y0 = 0.0, m_Dx = 1.0, m_Dy = 1.0;
+    size_t m_Nx = 0, m_Ny = 0;
+    std::vector<int32_t> m_Region;     // per cell: its region, or k_Near
+    std::vector<size_t> m_Seed;        // per region: its first cell
+    std::vector<signed char> m_Inside; // per region: 1 inside, 0 outside, -1 not asked yet
+};
+
+// The clear cells of the contours asked about often enough to pay for them,
+// by the caller's number for the contour. A contour gets its cells at its
+// k_Asked-th question; the first k_Kept such contours keep them.
+class ClearCellsCache
+{
+public:
+    ClearCellsCache(size_t contours, size_t cellCount, double accuracy)
+        : m_Asked(contours, 0), m_CellCount(cellCount), m_Accuracy(accuracy)
+    {
+    }
+
+    // The answer of the cells of contour `index`, made from `contour` when it
+    // is asked often enough.
+    template <class MakeContour>
+    ClearCells::Answer Holds(size_t index, const geom::Box& inner, const MakeContour& contour)
+    {
+        const auto found = m_Cells.find(index);
+        if (found != m_Cells.end())
+            return found->second.Holds(inner);
+        if (++m_Asked[index] < k_Asked || m_Cells.size() >= k_Kept)
+            return ClearCells::k_Unknown;
+        return m_Cells.emplace(index, ClearCells(contour(), m_Accuracy, m_CellCount))
+            .first->second.Holds(inner);
+    }
+
+private:
+    static constexpr unsigned k_Asked = 16;
+    static constexpr size_t k_Kept = 8;
+    std::vector<unsigned> m_Asked;
+    std::map<size_t, ClearCells> m_Cells;
+    size_t m_CellCount;
+    double m_Accuracy;
+};
+
 } // namespace
 
 namespace
@@ -282,6 +487,9 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         // the first ones met stay made for the whole layer.
         std::vector<size_t> outlines, voids;
         ContainerCache holders(polygons);
+        // Cells enough that a plane's voids share them by the dozen.
+        const size_t cellCount = std::clamp<size_t>(n * 4, 1024, size_t(1) << 19);
+        ClearCellsCache holderCells(n, cellCount, 1e-08);
         for (size_t i = 0; i < n; ++i)
         {
             int depth = 0;
@@ -290,6 +498,13 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
             {
                 if (j == i || !BoxMayHold(boxes[j], boxes[i]))
                     continue;
+                const ClearCells::Answer known =
+                    holderCells.Holds(j, boxes[i], [&] { return holders.Get(j); });
+                if (known != ClearCells::k_Unknown)
+                {
+                    depth += known == ClearCells::k_Held ? 1 : 0;
+                    continue;
+                }
                 if (!contour)
                     contour = polygons[i].GetPolygon();
                 if (holders.Get(j).GetRelation(*contour, 1e-08) == geom::k_OtherInsideThis)
@@ -340,12 +555,16 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
         std::vector<size_t> bestOf;
         bestOf.reserve(voids.size());
         std::vector<size_t> voidCount(sorted.size(), 0);
+        ClearCellsCache outlineCells(sorted.size(), cellCount, 1e-09);
         for (size_t v : voids)
         {
             size_t best = n; // a rank
             std::optional<geom::Polygon> hole;
             const auto holds = [&](size_t r)
             {
+                const ClearCells::Answer known = outlineCells.Holds(r, boxes[v], [&] { return contours[r]; });
+                if (known != ClearCells::k_Unknown)
+                    return known == ClearCells::k_Held;
                 if (!hole)
                     hole = polygons[v].GetPolygon();
                 return contours[r].GetRelation(*hole, 1e-09) == geom::k_OtherInsideThis;

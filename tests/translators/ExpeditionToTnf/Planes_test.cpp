@@ -5,7 +5,10 @@
 
 #include "translators/ExpeditionToTnf/ExpeditionLayout.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <random>
 
 namespace
 {
@@ -117,6 +120,118 @@ TEST(Planes, NegativePenWidthAndThinContours)
     EXPECT_EQ(net.m_PlaneShapes[layer].size(), 3u); // the outline and the two lines
     EXPECT_EQ(net.m_PlaneLines[L"EMPTY"].size(), 1u);
     EXPECT_EQ(net.m_PlaneShapes[L"EMPTY"].size(), 1u);
+}
+
+namespace
+{
+// Whether p lies inside the closed chain of points, by a ray to the right.
+bool InsidePolygon(const std::vector<geom::Point>& ring, double x, double y)
+{
+    bool inside = false;
+    for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++)
+    {
+        const double xi = ring[i].m_X.GetValue(), yi = ring[i].m_Y.GetValue();
+        const double xj = ring[j].m_X.GetValue(), yj = ring[j].m_Y.GetValue();
+        if ((yi > y) != (yj > y) && x < (xj - xi) * (y - yi) / (yj - yi) + xi)
+            inside = !inside;
+    }
+    return inside;
+}
+
+// The distance from p to the nearest edge of the closed chain.
+double DistanceToRing(const std::vector<geom::Point>& ring, double x, double y)
+{
+    double best = 1e300;
+    for (size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++)
+    {
+        const double ax = ring[j].m_X.GetValue(), ay = ring[j].m_Y.GetValue();
+        const double dx = ring[i].m_X.GetValue() - ax, dy = ring[i].m_Y.GetValue() - ay;
+        const double t = std::clamp(((x - ax) * dx + (y - ay) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
+        best = std::min(best, std::hypot(x - ax - t * dx, y - ay - t * dy));
+    }
+    return best;
+}
+} // namespace
+
+// A plane of many voids: a star-shaped outline of 240 edges with pockets,
+// and disjoint round voids inside it, in its pockets outside, crossing its
+// edges and a hair away from them on either side. Each void is classed on
+// its own by its centre and its distance to the edges; the pairing must hang
+// exactly the voids inside on the outline and leave every other one an
+// outline of its own, however it answers the many questions of one outline.
+TEST(Planes, ManyVoidsAgainstOneOutlineAgreeWithAnIndependentClassing)
+{
+    std::vector<geom::Point> ring;
+    const double pi = std::acos(-1.0);
+    for (int i = 0; i < 240; ++i)
+    {
+        const double a = 2.0 * pi * i / 240.0;
+        const double r = 0.08 * (1.0 + 0.3 * std::sin(7.0 * a));
+        ring.emplace_back(0.1 + r * std::cos(a), 0.1 + r * std::sin(a));
+    }
+    ExpeditionLayoutNet net(L"GND", {}, {}, {});
+    const AString layer(L"PLANE_3");
+    net.AddPlaneOutline(ExpeditionPlanePolygon(geom::Polygon(ring, true), 0.0), layer, false);
+
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> where(0.0, 0.2), radius(2e-4, 5e-4), gap(2e-6, 2e-5);
+    std::vector<std::array<double, 3>> circles; // x, y, r
+    size_t inside = 0;
+    for (int attempt = 0; attempt < 200000 && circles.size() < 3000; ++attempt)
+    {
+        double x = where(random), y = where(random);
+        const double r = radius(random);
+        double d = DistanceToRing(ring, x, y);
+        // Every fourth void is moved to a hair from the nearest edge.
+        if (attempt % 4 == 0 && d > r && d < 0.002)
+        {
+            // Along the direction away from the edge, by small steps.
+            const double want = r + gap(random);
+            for (int step = 0; step < 60 && std::fabs(d - want) > 1e-6; ++step)
+            {
+                const double h = 1e-7;
+                const double gx = (DistanceToRing(ring, x + h, y) - d) / h;
+                const double gy = (DistanceToRing(ring, x, y + h) - d) / h;
+                x += (want - d) * gx;
+                y += (want - d) * gy;
+                d = DistanceToRing(ring, x, y);
+            }
+        }
+        if (std::fabs(d - r) < 1e-6)
+            continue; // too close to call either way
+        bool apart = true;
+        for (const auto& c : circles)
+            if (std::hypot(c[0] - x, c[1] - y) <= c[2] + r + 1e-6)
+            {
+                apart = false;
+                break;
+            }
+        if (!apart)
+            continue;
+        circles.push_back({x, y, r});
+        if (d > r && InsidePolygon(ring, x, y))
+            ++inside;
+        net.AddPlaneOutline(ExpeditionPlanePolygon(geom::Polygon(geom::Circle(geom::Point(x, y), r)), 0.0),
+                            layer, false);
+    }
+    ASSERT_GT(inside, 1000u);
+    ASSERT_GT(circles.size() - inside, 300u);
+    net.ResolvePlaneVoids();
+
+    const std::vector<ExpeditionPlaneShape>& shapes = net.m_PlaneShapes[layer];
+    ASSERT_EQ(shapes.size(), 1 + circles.size() - inside);
+    const ExpeditionPlaneShape& outline = shapes.back(); // the largest
+    EXPECT_NEAR(Area(outline.m_Polygon), Area(geom::Polygon(ring, true)), 1e-12);
+    ASSERT_EQ(outline.m_Voids.size(), inside);
+    for (const ExpeditionPlanePolygon& hole : outline.m_Voids)
+    {
+        const geom::Point c = hole.GetBBox().GetCenter();
+        const double r = hole.GetBBox().GetWidth().GetValue() * 0.5;
+        EXPECT_TRUE(InsidePolygon(ring, c.m_X.GetValue(), c.m_Y.GetValue()));
+        EXPECT_GT(DistanceToRing(ring, c.m_X.GetValue(), c.m_Y.GetValue()), r);
+    }
+    for (size_t i = 0; i + 1 < shapes.size(); ++i)
+        EXPECT_TRUE(shapes[i].m_Voids.empty());
 }
 
 namespace

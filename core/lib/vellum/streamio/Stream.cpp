@@ -4,6 +4,7 @@
 
 #include "core/lib/vellum/streamio/TokenStream.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -15,13 +16,40 @@ namespace
 {
 constexpr size_t k_FlushSize = 1 << 20;
 
+// What a byte is to the lexer, looked up once per byte: the word scan asks
+// three questions of every byte of a word.
+enum : unsigned char
+{
+    k_Blank = 1,
+    k_Symbol = 2,
+    k_Quote = 4,
+    k_EndsWord = k_Blank | k_Symbol | k_Quote
+};
+struct ByteClasses
+{
+    unsigned char m_Of[256] = {};
+    constexpr ByteClasses()
+    {
+        for (const char c : {' ', '\t', '\r', '\n', '\f', '\v'})
+            m_Of[static_cast<unsigned char>(c)] = k_Blank;
+        for (const char c : {'(', ')', ',', '='})
+            m_Of[static_cast<unsigned char>(c)] = k_Symbol;
+        m_Of[static_cast<unsigned char>('"')] = k_Quote;
+    }
+};
+constexpr ByteClasses k_Classes;
+
 bool IsBlank(char c)
 {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
+    return (k_Classes.m_Of[static_cast<unsigned char>(c)] & k_Blank) != 0;
 }
 bool IsSymbol(char c)
 {
-    return c == '(' || c == ')' || c == ',' || c == '=';
+    return (k_Classes.m_Of[static_cast<unsigned char>(c)] & k_Symbol) != 0;
+}
+bool EndsWord(char c)
+{
+    return (k_Classes.m_Of[static_cast<unsigned char>(c)] & k_EndsWord) != 0;
 }
 bool IsDigit(char c)
 {
@@ -112,14 +140,107 @@ void CAbstract_ostream::PutInt(int value)
     m_Buffer.append(buffer, result.ptr);
 }
 
+namespace
+{
+// The powers of ten that a double holds exactly.
+constexpr double k_Pow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// The text of "%.{digits}g" for a value of no more than 14 digits, worked out
+// in one scaling by an exact power of ten, or null where that scaling cannot
+// tell the rounding for sure (near a half, near a power of ten, far out of
+// range): the caller then asks the exact conversion. The scaled value is off
+// the exact product by at most half a unit of its last binary place, so
+// outside a margin of twice that the rounding to an integer is the exact
+// one. Most coordinates of a layout end here: the general conversion with
+// a precision costs several times the scaling.
+char* FormatScaled(char* out, double value, int digits)
+{
+    const double magnitude = std::fabs(value);
+    if (digits < 1 || digits > 14 || !(magnitude >= 1e-200 && magnitude <= 1e200))
+        return nullptr;
+    const double low = k_Pow10[digits - 1], high = k_Pow10[digits];
+    int exponent = static_cast<int>(std::floor(std::log10(magnitude)));
+    double scaled = 0.0;
+    for (int attempt = 0;; ++attempt)
+    {
+        const int shift = digits - 1 - exponent;
+        if (shift > 22 || shift < -22 || attempt > 2)
+            return nullptr;
+        scaled = shift >= 0 ? magnitude * k_Pow10[shift] : magnitude / k_Pow10[-shift];
+        if (scaled < low)
+            --exponent;
+        else if (scaled >= high)
+            ++exponent;
+        else
+            break;
+    }
+    const double margin = high * 0x1p-52;
+    if (scaled < low + margin || scaled > high - 1.0)
+        return nullptr; // the exponent or a carry into the next one is in doubt
+    const double whole = std::floor(scaled);
+    const double fraction = scaled - whole;
+    if (std::fabs(fraction - 0.5) <= margin)
+        return nullptr;
+    auto rounded = static_cast<unsigned long long>(whole) + (fraction > 0.5 ? 1u : 0u);
+    char figures[16];
+    for (int i = digits - 1; i >= 0; --i, rounded /= 10)
+        figures[i] = static_cast<char>('0' + rounded % 10);
+    int count = digits;
+    while (count > 1 && figures[count - 1] == '0')
+        --count; // no trailing zeros, as %g leaves none
+    if (value < 0.0)
+        *out++ = '-';
+    if (exponent < -4 || exponent >= digits)
+    {
+        *out++ = figures[0];
+        if (count > 1)
+        {
+            *out++ = '.';
+            out = std::copy(figures + 1, figures + count, out);
+        }
+        *out++ = 'e';
+        *out++ = exponent < 0 ? '-' : '+';
+        const int power = exponent < 0 ? -exponent : exponent;
+        if (power >= 100)
+            *out++ = static_cast<char>('0' + power / 100);
+        *out++ = static_cast<char>('0' + power / 10 % 10);
+        *out++ = static_cast<char>('0' + power % 10);
+        return out;
+    }
+    if (exponent < 0)
+    {
+        *out++ = '0';
+        *out++ = '.';
+        out = std::fill_n(out, -exponent - 1, '0');
+        return std::copy(figures, figures + count, out);
+    }
+    const int before = exponent + 1; // figures before the point
+    if (count <= before)
+    {
+        out = std::copy(figures, figures + count, out);
+        return std::fill_n(out, before - count, '0');
+    }
+    out = std::copy(figures, figures + before, out);
+    *out++ = '.';
+    return std::copy(figures + before, figures + count, out);
+}
+
+// "%.{digits}g" of a value that is not zero, into 64 bytes.
+char* FormatGeneral(char* buffer, double value, int digits)
+{
+    if (char* end = FormatScaled(buffer, value, digits))
+        return end;
+    return std::to_chars(buffer, buffer + 64, value, std::chars_format::general, digits).ptr;
+}
+} // namespace
+
 std::string FormatDouble_G(double value, int digits)
 {
     if (value == 0.0)
         return "0";
     char buffer[64];
-    const auto result =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits);
-    return std::string(buffer, result.ptr);
+    return std::string(buffer, FormatGeneral(buffer, value, digits));
 }
 
 void CAbstract_ostream::PutDouble(double value)
@@ -130,9 +251,7 @@ void CAbstract_ostream::PutDouble(double value)
         return;
     }
     char buffer[64];
-    const auto result =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, m_Precision);
-    m_Buffer.append(buffer, result.ptr);
+    m_Buffer.append(buffer, FormatGeneral(buffer, value, m_Precision));
 }
 
 void CAbstract_ostream::PutBool(bool value)
@@ -299,7 +418,7 @@ bool LexToken(std::string_view text, bool atEnd, std::string_view& token, size_t
             ++p;
     }
     else
-        while (p < size && !IsBlank(data[p]) && !IsSymbol(data[p]) && data[p] != '"')
+        while (p < size && !EndsWord(data[p]))
             ++p;
     if (p == size && !atEnd)
         return false;
@@ -313,6 +432,7 @@ bool CAbstract_istream::NextTokenText(std::string_view& text, bool& quoted)
 {
     // White space in front of a token is consumed, also where no token
     // follows.
+    std::string_view rest;
     for (;;)
     {
         const std::string_view view = View(m_Pos, 1);
@@ -326,14 +446,18 @@ bool CAbstract_istream::NextTokenText(std::string_view& text, bool& quoted)
             ++i;
         m_Pos += i;
         if (i < view.size())
+        {
+            rest = view.substr(i);
             break;
+        }
     }
     // Most tokens are short; a longer one asks for a wider view until its
-    // end is in sight.
+    // end is in sight. The view of the blanks serves when it reaches as far.
     size_t look = 64;
     for (;;)
     {
-        const std::string_view view = View(m_Pos, look);
+        const std::string_view view =
+            rest.size() >= look || m_Pos + rest.size() >= m_Size ? rest : View(m_Pos, look);
         size_t consumed = 0;
         if (LexToken(view, m_Pos + view.size() >= m_Size, text, consumed, quoted))
         {
