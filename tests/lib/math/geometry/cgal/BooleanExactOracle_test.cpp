@@ -1,7 +1,7 @@
 // Boolean operations and self-intersection repair against CGAL's exact circle-segment sets.
 //
 // Every shape is made on a grid of 2^-10 mm (finer, 2^-30 mm, for the
-// shifts that put edges nanometres apart), and every arc has a grid centre
+// shifts that put edges picometres apart), and every arc has a grid centre
 // on its chord's bisector, so CGAL gets the very same region in exact
 // rational arithmetic; only the sagitta our arcs carry is rounded, by a few
 // units in the last place. Pairs of regions of mixed straight edges and arcs
@@ -55,7 +55,7 @@ using KCircle = Kernel::Circle_2;
 
 const Unit k_Accuracy(1e-6);
 const double k_Grid = 1.0 / 1024;          // 2^-10 mm
-const double k_FineGrid = 1.0 / (1 << 30); // 2^-30 mm, about a nanometre
+const double k_FineGrid = 1.0 / (1 << 30); // 2^-30 mm, about a picometre
 
 // --- Shapes in a form both libraries take exactly ---
 
@@ -721,8 +721,11 @@ public:
             ArcAround(P{x0 - r, y0}, P{x0, y0 - r}, P{x0, y0}, true), Straight(P{x0, y0 - r}, P{x1, y0 - r}),
             ArcAround(P{x1, y0 - r}, P{x1 + r, y0}, P{x1, y0}, true), Straight(P{x1 + r, y0}, P{x1 + r, y1})};
     }
-    // A thick trace along a direction of a Pythagorean triple, so that the
-    // ends of its caps lie on the grid.
+    // A thick trace along a direction of a Pythagorean triple (a, b, c),
+    // its length and half width whole multiples of c grid steps, so that
+    // the ends of its caps lie on the grid. (Ends off the grid lie off the
+    // caps' circles once rounded, and the oracle would answer for another
+    // region than ours.)
     Region Trace()
     {
         static const int k_Triples[][3] = {{1, 0, 1}, {0, 1, 1},   {3, 4, 5},
@@ -731,10 +734,8 @@ public:
         const double sx = Pick(2) ? 1 : -1, sy = Pick(2) ? 1 : -1;
         const double a = sx * t[0], b = sy * t[1];
         const P p = RandomPoint();
-        // Whole grid steps along the triple, so that the caps' ends lie
-        // on the grid and each cap's centre exactly on its bisector.
-        const double len = std::max(1, (1 + Pick(400)) * 5 / t[2]) * k_Grid,
-                     half = std::max(1, (20 + Pick(600)) / t[2]) * k_Grid;
+        const auto whole = [&](int steps) { return std::max(1, (steps + t[2] / 2) / t[2]) * k_Grid; };
+        const double len = whole((1 + Pick(400)) * 5), half = whole(20 + Pick(600));
         const P q{p.x + a * len, p.y + b * len};
         const P n{-b * half, a * half};
         const P p1{p.x + n.x, p.y + n.y}, p2{p.x - n.x, p.y - n.y}, q1{q.x + n.x, q.y + n.y},
@@ -842,7 +843,7 @@ public:
         {
         case 0: // identical
             return a;
-        case 1: // a copy a few nanometres away
+        case 1: // a copy a few picometres away
             return Shifted(a, nm(), nm());
         case 2: // along the right side of the box, partly overlapping it
             return Region{BoxContour(P{x1, OnGrid(y0 - 1, ym)}, P{x1 + OnGrid(0.5, 2), OnGrid(ym, y1 + 1)}),
@@ -1149,13 +1150,6 @@ TEST(BooleanExactOracle, RandomPairs)
     Report("random pairs", tally);
 }
 
-// Known faults of the default seed, not yet fixed: case 1832 (a disk on the
-// circle of a rounded box's corner arc: union and difference wrong by 0.24
-// mm^2) and case 2158 (a star sharing a vertex with another star: the
-// intersection loses most of its area). They are skipped, loudly, unless
-// TNF_ORACLE_STRICT=1.
-const int k_KnownAwkwardFaults[] = {1832, 2158};
-
 TEST(BooleanExactOracle, AwkwardPairs)
 {
     ShapeMaker maker(GetSeed(2));
@@ -1171,13 +1165,6 @@ TEST(BooleanExactOracle, AwkwardPairs)
         // to a box side at the disk's start point gives our union one
         // contour that doesn't return to the contact point.)
         const bool count_pieces = kind != 2 && kind != 3 && kind != 4 && kind != 7;
-        const bool known = std::find(std::begin(k_KnownAwkwardFaults), std::end(k_KnownAwkwardFaults), i) !=
-                           std::end(k_KnownAwkwardFaults);
-        if (known && GetSeed(2) == 20261124u * 7919u + 2 && GetEnvNumber("TNF_ORACLE_STRICT", 0) == 0)
-        {
-            std::printf("awkward case %d skipped: a known fault\n", i);
-            continue;
-        }
         if (!SkipCase(i, {a, b}))
             RunPair(a, b, "awkward case " + std::to_string(i) + " kind " + std::to_string(kind), tally,
                     count_pieces);
@@ -1262,10 +1249,9 @@ TEST(BooleanExactOracle, SelfIntersectingContoursAndHoles)
     Report("self-intersections", tally);
 }
 
-// Known faults, left out of the default run like the test above: in about
-// 4 % of collections of up to a dozen overlapping shapes the union's holes
-// or pieces differ in number from the exact answer, and in 1 % its area.
-TEST(BooleanExactOracle, DISABLED_UnionOfOneCollectionAndPlanesMinusVoids)
+// Collections of up to a dozen overlapping shapes, united at once, and a
+// plane of two rounded boxes minus their union.
+TEST(BooleanExactOracle, UnionOfOneCollectionAndPlanesMinusVoids)
 {
     ShapeMaker maker(GetSeed(4));
     Tally tally;
@@ -1274,10 +1260,26 @@ TEST(BooleanExactOracle, DISABLED_UnionOfOneCollectionAndPlanesMinusVoids)
     {
         std::vector<Region> shapes;
         const int n = 2 + maker.Pick(10);
+        // Shapes that touch at a tangent (a disk on a side, a side along a
+        // disk's extreme or through its start point, or a disk a few
+        // billionths of a millimetre off) meet within the accuracy over a
+        // stretch, where the exact answer has a point or a gap: the
+        // boundary may pinch there or run past, and a hole or a plane's
+        // piece closed there may be one or none. As for pairs, the pieces
+        // are counted only without such a contact.
+        bool near_contact = false;
         for (int k = 0; k < n; ++k)
-            shapes.push_back(maker.Pick(3)
-                                 ? maker.Any()
-                                 : maker.Nasty(shapes.empty() ? maker.Any() : shapes.back(), maker.Pick(9)));
+        {
+            if (maker.Pick(3))
+            {
+                shapes.push_back(maker.Any());
+                continue;
+            }
+            const Region base = shapes.empty() ? maker.Any() : shapes.back();
+            const int kind = maker.Pick(9);
+            near_contact = near_contact || kind == 2 || kind == 3 || kind == 4 || kind == 7;
+            shapes.push_back(maker.Nasty(base, kind));
+        }
         bool valid = true;
         for (const Region& s : shapes)
             valid = valid && IsValid(s);
@@ -1304,7 +1306,7 @@ TEST(BooleanExactOracle, DISABLED_UnionOfOneCollectionAndPlanesMinusVoids)
         unsigned long before = GetFailedAssertCount_G();
         const PolygonWithHolesCollection united =
             PolyArcIntersectionGraph2(PolygonWithHolesCollection(ours_in), k_Accuracy).GetResult();
-        Compare(united, before, expected, length, scale, label + " union", tally);
+        Compare(united, before, expected, length, scale, label + " union", tally, !near_contact);
         // A plane of two rounded boxes minus the union.
         const Box box = PolygonWithHolesCollection(ours_in).GetBBox();
         const double x0 = std::floor(box.GetMinX().GetValue()) - 1,
@@ -1323,7 +1325,7 @@ TEST(BooleanExactOracle, DISABLED_UnionOfOneCollectionAndPlanesMinusVoids)
         before = GetFailedAssertCount_G();
         const PolygonWithHolesCollection cut = plane.Subtract(united, k_Accuracy);
         Compare(cut, before, expected_cut, length + GetLength(left) + GetLength(right),
-                scale + plane.GetArea().GetValue(), label + " plane minus union", tally);
+                scale + plane.GetArea().GetValue(), label + " plane minus union", tally, !near_contact);
         ++tally.m_Cases;
     }
     Report("collections", tally);
