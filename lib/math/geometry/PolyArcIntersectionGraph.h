@@ -57,6 +57,11 @@ public:
         // slit of no width into it), none (a spike of no width out of it),
         // or one side (a corner folded onto its neighbour by snapping).
         int m_OwnSides = 0;
+        // For a common edge that its own group runs along one way only: the
+        // group is a sliver thinner than the snapping as a whole and has no
+        // material a few accuracies to either side of the piece, so that it
+        // covers neither side of it.
+        bool m_NoWidth = false;
     };
 
     struct Vertex
@@ -129,7 +134,7 @@ protected:
     void RecheckCommonEdges(const PointClassifier& classify,
                             const std::vector<const Contour*>& edge_contours);
     void MergeCommonEdges();
-    void MarkDoubledBackEdges(const GroupClassifier& own);
+    void MarkDoubledBackEdges(const std::vector<Contour>& input, const GroupClassifier& own);
     void PairCommonEdges(Mode mode);
     Loop Walk(Vertex* start, Mode mode);
     std::vector<Loop> WalkLoops(Mode mode);

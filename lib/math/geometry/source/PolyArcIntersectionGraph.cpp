@@ -12,7 +12,9 @@
 
 #include "core/lib/vellum/Assert.h"
 #include "core/lib/vellum/Base.h"
+#include "lib/math/geometry/CircleSlice.h"
 #include "lib/math/geometry/GeomStl.h"
+#include "lib/math/geometry/Triangle.h"
 
 #include <algorithm>
 #include <cmath>
@@ -638,7 +640,7 @@ void PolyArcIntersectionGraph::Fill(const std::vector<Contour>& input, const Poi
     }
     RecheckCommonEdges(classify, edge_contours);
     MergeCommonEdges();
-    MarkDoubledBackEdges(own);
+    MarkDoubledBackEdges(input, own);
 }
 
 namespace
@@ -772,14 +774,50 @@ void PolyArcIntersectionGraph::MergeCommonEdges()
     }
 }
 
-void PolyArcIntersectionGraph::MarkDoubledBackEdges(const GroupClassifier& own)
+namespace
 {
+// The groups whose contours enclose less area than the accuracy times their
+// length: slivers on average thinner than twice the accuracy, which the
+// snapping may lay onto another contour's side.
+std::unordered_map<int, bool> GetThinGroups(const std::vector<PolyArcIntersectionGraph::Contour>& contours,
+                                            Unit accuracy)
+{
+    std::unordered_map<int, std::pair<double, double>> sums; // area, length
+    for (const PolyArcIntersectionGraph::Contour& c : contours)
+    {
+        if (c.m_Arcs.empty())
+            continue;
+        std::pair<double, double>& sum = sums[c.m_Group];
+        const Point& o = c.m_Arcs.front().GetStart();
+        for (const Arc& a : c.m_Arcs)
+        {
+            if (a.GetHeight() != k_Unit_0)
+                sum.first += CircleSlice(a).GetArea().GetValue();
+            sum.first += Triangle(o, a.GetStart(), a.GetEnd()).GetSignedArea().GetValue();
+            sum.second += a.GetLength().GetValue();
+        }
+    }
+    std::unordered_map<int, bool> thin;
+    for (const auto& [group, sum] : sums)
+        thin.emplace(group, std::fabs(sum.first) < accuracy.GetValue() * sum.second);
+    return thin;
+}
+} // namespace
+
+void PolyArcIntersectionGraph::MarkDoubledBackEdges(const std::vector<Contour>& input,
+                                                    const GroupClassifier& own)
+{
+    std::unordered_map<int, bool> thin;
+    bool thin_known = false;
     // Where a contour runs out along a piece and back, the two copies of its
     // own cancel: its material lies on both sides of the piece (a slit cut
     // into it), on neither (a spike sticking out of it), or, where snapping
     // folded a corner onto the side after it, on one. Which is told by
     // points a few accuracies to either side of the piece's middle; at the
-    // middle of an arc the tangent is parallel to the chord.
+    // middle of an arc the tangent is parallel to the chord. A contour that
+    // runs along a piece one way has its material on one side of it, unless
+    // it is a sliver that the snapping laid onto the piece: the same points
+    // tell that too.
     for (std::vector<Edge*>& group : GetCommonGroups(m_Edges))
         for (size_t i = 0; i < group.size(); ++i)
         {
@@ -793,8 +831,18 @@ void PolyArcIntersectionGraph::MarkDoubledBackEdges(const GroupClassifier& own)
                     net += same_way ? 1 : -1;
                     both_ways = both_ways || !same_way;
                 }
-            if (!both_ways || net != 0)
+            if (both_ways && net != 0)
                 continue;
+            if (!both_ways)
+            {
+                if (!thin_known)
+                {
+                    thin = GetThinGroups(input, m_CalcAccuracy);
+                    thin_known = true;
+                }
+                if (!thin[e.m_Group])
+                    continue;
+            }
             const Vector chord = e.m_Arc.GetEnd() - e.m_Arc.GetStart();
             const double length = std::hypot(chord.GetX().GetValue(), chord.GetY().GetValue());
             if (!(length > 0.0))
@@ -804,8 +852,12 @@ void PolyArcIntersectionGraph::MarkDoubledBackEdges(const GroupClassifier& own)
             const Point left(middle.m_X - chord.GetY() * step, middle.m_Y + chord.GetX() * step);
             const Point right(middle.m_X + chord.GetY() * step, middle.m_Y - chord.GetX() * step);
             const Unit fine = m_CalcAccuracy / 100.0;
-            e.m_OwnSides = (own(left, e.m_Group, fine) == k_PointInside ? k_Left : 0) |
-                           (own(right, e.m_Group, fine) == k_PointInside ? k_Right : 0);
+            const int sides = (own(left, e.m_Group, fine) == k_PointInside ? k_Left : 0) |
+                              (own(right, e.m_Group, fine) == k_PointInside ? k_Right : 0);
+            if (both_ways)
+                e.m_OwnSides = sides;
+            else
+                e.m_NoWidth = sides == 0;
         }
 }
 
@@ -869,6 +921,8 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
                 const bool same_way = forward != flipped(f);
                 const int own_left = same_way ? k_Left : k_Right, own_right = same_way ? k_Right : k_Left;
                 present[owner] = true;
+                if (f->m_NoWidth)
+                    continue;
                 covers[owner][0] =
                     covers[owner][0] || count > 0 || (count == 0 && (f->m_OwnSides & own_left));
                 covers[owner][1] =

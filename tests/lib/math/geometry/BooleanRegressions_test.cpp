@@ -219,6 +219,46 @@ TEST(BooleanRegressions, UnionWithASliverAlongASlitIsTheRegion)
     EXPECT_EQ(GetFailedAssertCount_G(), before);
 }
 
+TEST(BooleanRegressions, SubtractingASliverAlongASideLeavesThePolygon)
+{
+    // The triangle about 1 nm thick of the test above, this time along a
+    // side about 53 nm long of a polygon that it overhangs at both ends.
+    // Snapped, its middle lies on that side, running the same way as the
+    // polygon, which made it claim the polygon's side of the common piece;
+    // the subtraction dropped the side and the polygon's walk ran into a
+    // dead end: A - B came back empty. A sliver with no material a few
+    // accuracies to either side of the piece covers neither.
+    const Point v0(-0x1.8ffdf58d4d6f1p+5, -0x1.8fffd41d423d6p+5),
+        v1(-0x1.8ffdf89d595cap+5, -0x1.8fffb877edaa6p+5);
+    const Point p2(-0x1.0875a561b894cp+5, -0x1.75d38c923bb79p+5),
+        p3(-0x1.9e10e214dde72p+4, -0x1.5b66ea7f67694p+5);
+    const Point p4(-0x1.31171cb8b0609p+5, -0x1.707a4f787f6fp+5),
+        p5(-0x1.8622c7bb3274ap+5, -0x1.32d37040401d4p+3);
+    const Point p6(-0x1.9006588d14365p+5, -0x1.8eba93f1603aap+5),
+        p7(-0x1.846f78cfaa8aep+6, -0x1.0eb0ebfe78631p+5);
+    const std::vector<Point> corners{v0, v1, p2, p3, p4, p5, p6, p7};
+    std::vector<Arc> sides;
+    for (size_t i = 0; i < corners.size(); ++i)
+        sides.emplace_back(corners[i], corners[(i + 1) % corners.size()], k_Unit_0);
+    const Polygon a(sides, false);
+    const Point s0(-0x1.8ffdf45e025bap+5, -0x1.8fffe5cbe8d1fp+5),
+        s1(-0x1.8ffdf654cd34cp+5, -0x1.8fffcba895ec7p+5), s2(-0x1.8ffdf9996474dp+5, -0x1.8fffb1a6c0ddbp+5);
+    const Polygon sliver(
+        std::vector<Arc>{Arc(s0, s1, k_Unit_0), Arc(s1, s2, k_Unit_0), Arc(s2, s0, k_Unit_0)}, false);
+    const double area = a.GetArea().GetValue();
+    ASSERT_NEAR(area, 265.915212771, 1e-6);
+    ASSERT_LT(sliver.GetArea().GetValue(), 1e-10);
+    const unsigned long before = GetFailedAssertCount_G();
+    const double tolerance = 2e-4;
+    const PolygonWithHolesCollection rest = a.Subtract(sliver, k_Accuracy);
+    ASSERT_EQ(rest.size(), 1);
+    EXPECT_NEAR(rest.GetArea().GetValue(), area, tolerance);
+    EXPECT_NEAR(a.Unite(sliver, k_Accuracy).GetArea().GetValue(), area, tolerance);
+    EXPECT_NEAR(PolygonWithHoles(a).Intersect(sliver, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
+    EXPECT_NEAR(sliver.Subtract(a, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
+    EXPECT_EQ(GetFailedAssertCount_G(), before);
+}
+
 TEST(BooleanRegressions, UnionKeepsTheVerticesWhereItsBoundaryTouchesItself)
 {
     // A disk of radius 0.5 between two walls, touching the right one at its
