@@ -12,6 +12,7 @@
 #include "lib/math/geometry/Polygon.h"
 
 #include <map>
+#include <utility>
 #include <vector>
 
 class ExpeditionPadStack;
@@ -199,21 +200,24 @@ struct ExpeditionVia
 // One routed trace.
 struct ExpeditionTrace
 {
+    // A large board has millions of traces of a few vertices each: the
+    // vertices are held in one array per trace, with no spare room.
     ExpeditionTrace(const AString& layerName, const AString& options, const AString& pathKind, double width,
-                    const std::vector<ExpeditionVertex*>& vertices)
+                    std::vector<ExpeditionVertex> vertices)
         : m_LayerName(layerName), m_Options(options), m_PathKind(pathKind), m_Width(width),
-          m_Vertices(vertices)
+          m_Vertices(std::move(vertices))
     {
+        if (m_Vertices.capacity() != m_Vertices.size())
+            m_Vertices.shrink_to_fit();
     }
-    ~ExpeditionTrace();
     ExpeditionTrace(const ExpeditionTrace&) = delete;
     ExpeditionTrace& operator=(const ExpeditionTrace&) = delete;
 
-    ExpeditionName m_LayerName;                // ROUTE_LYR as a layer name
-    ExpeditionName m_Options;                  // rest of the TRACE_OPTIONS line
-    ExpeditionName m_PathKind;                 // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
-    double m_Width;                            // WIDTH
-    std::vector<ExpeditionVertex*> m_Vertices; // the centre line, owned
+    ExpeditionName m_LayerName;               // ROUTE_LYR as a layer name
+    ExpeditionName m_Options;                 // rest of the TRACE_OPTIONS line
+    ExpeditionName m_PathKind;                // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
+    double m_Width;                           // WIDTH
+    std::vector<ExpeditionVertex> m_Vertices; // the centre line
 };
 
 // A record of the default plane connections of the job.
@@ -674,7 +678,8 @@ public:
     std::vector<std::vector<ExpeditionShapes*>> m_ShapesWithVoids; // outline first, then its holes
     std::vector<ExpeditionShapes*> m_Shapes;                       // conductive shapes without holes
     // Plane copper by layer name (case counts): finished shapes with voids,
-    // raw outlines and voids as read, and contours of fewer than 3 points.
+    // raw outlines and voids as read (let go once they are paired), and
+    // contours of fewer than 3 points.
     std::map<AString, std::vector<ExpeditionPlaneShape>> m_PlaneShapes;
     std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneOutlines;
     std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneLines;
@@ -711,7 +716,8 @@ public:
         return lines.size();
     }
     // Pairs the outlines with the voids inside them: odd nesting depth makes a
-    // void, and a void goes to the innermost outline that holds it.
+    // void, and a void goes to the innermost outline that holds it. The raw
+    // contours are released afterwards; it runs once per net.
     void ResolvePlaneVoids();
     // Keeps the thin plane contours that stand in free space or in a void.
     void ResolvePlaneLines();

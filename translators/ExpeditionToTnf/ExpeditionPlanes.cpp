@@ -599,7 +599,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
             taken[r].reserve(voidCount[r]);
         for (size_t k = 0; k < voids.size(); ++k)
             if (bestOf[k] != n)
-                taken[bestOf[k]].push_back(polygons[voids[k]]);
+                taken[bestOf[k]].push_back(std::move(polygons[voids[k]]));
         std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[entry.first];
         for (size_t r = 0; r < sorted.size(); ++r)
         {
@@ -607,9 +607,11 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                                 std::vector<ExpeditionPlanePolygon>());
             shapes.back().m_Voids.swap(taken[r]);
         }
-        // The contours as read stay; only the room the reading left spare goes.
-        polygons.shrink_to_fit();
+        // The contours as read have been paired and are not asked for again:
+        // a plane of millions of voids would otherwise hold each twice.
+        std::vector<ExpeditionPlanePolygon>().swap(polygons);
     }
+    m_PlaneOutlines.clear();
 }
 
 void ExpeditionLayoutNet::ResolvePlaneLines()
