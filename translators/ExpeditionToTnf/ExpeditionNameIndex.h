@@ -35,13 +35,6 @@ public:
         const auto found = m_Map.find(name);
         return found == m_Map.end() ? nullptr : found->second;
     }
-    // Lets the index go; the next look-up builds it again from its list.
-    void Release()
-    {
-        decltype(m_Map)().swap(m_Map);
-        m_Indexed = 0;
-        m_Source = nullptr;
-    }
 
 private:
     std::unordered_map<std::wstring, T*, AStringNoCaseHash, AStringNoCaseEqual> m_Map;

@@ -86,23 +86,6 @@ void ExpeditionParser::Read(ElementList& elements)
     CleanPlaneShapes(elements);
     ReadPartDatabase();
     CollectUsedPads(elements);
-    ReleaseLookups();
-}
-
-// The indexes of names serve the reading only; on a large board they hold
-// every net name three times and every netlist connection once more, which
-// the writing of the file would otherwise carry along. A look-up after this
-// builds its index again.
-void ExpeditionParser::ReleaseLookups()
-{
-    m_PadIndex.Release();
-    m_PadStackIndex.Release();
-    m_FootprintIndex.Release();
-    m_NetIndex.Release();
-    m_ElementNetIndex.Release();
-    m_NetlistIndex.Release();
-    m_PadStackListIndex.Release();
-    decltype(m_NetlistConnections)().swap(m_NetlistConnections);
 }
 
 namespace

@@ -387,8 +387,6 @@ private:
     AString m_CellMountType;
     unsigned m_CellNumberLayers = 0;
 
-    void ReleaseLookups();
-
     ExpeditionNameIndex<ExpeditionPad> m_PadIndex;
     ExpeditionNameIndex<ExpeditionPadStack> m_PadStackIndex;
     ExpeditionNameIndex<ExpeditionFootprint> m_FootprintIndex;
