@@ -13,6 +13,7 @@
 
 #include <map>
 #include <utility>
+#include <variant>
 #include <vector>
 
 class ExpeditionPadStack;
@@ -613,7 +614,9 @@ public:
 // A contour of so few edges is held as its edges alone, shared by the copies
 // that the outlines and the shapes with voids keep, and it becomes a polygon
 // again, the same edge for edge, only for the moment a caller needs one. A
-// contour of more edges is held as the polygon it is.
+// contour of one edge, the round void of a pad or via, is held as that edge
+// in place, without a block of its own. A contour of more edges is held as
+// the polygon it is.
 class ExpeditionPlanePolygon
 {
 public:
@@ -628,7 +631,7 @@ public:
     // Its box, without the polygon.
     geom::Box GetBBox() const;
     // Whether it is held as its edges alone.
-    bool IsHeldAsEdges() const { return m_Edges != nullptr; }
+    bool IsHeldAsEdges() const { return !std::holds_alternative<geom::Polygon>(m_Form); }
     // The one edge of a contour held as a single edge (a whole circle), else
     // null: what a writer asks of most voids, without making the polygon.
     const geom::Arc* GetSingleEdge() const;
@@ -638,10 +641,12 @@ private:
     // users and their number.
     struct Edges;
     static Edges* TakeApart(const geom::Polygon& polygon);
+    static void Release(Edges* edges);
     static const geom::Arc* EdgesOf(const Edges* edges);
 
-    geom::Polygon m_Polygon;  // a contour of many edges; none otherwise
-    Edges* m_Edges = nullptr; // the edges of a contour of few, shared by the copies
+    // A contour of many edges; the edges of a contour of few, shared by the
+    // copies (null once moved from); or the one edge of a contour of one.
+    std::variant<geom::Polygon, Edges*, geom::Arc> m_Form;
 
 public:
     double m_Width;

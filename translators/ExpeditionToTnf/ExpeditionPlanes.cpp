@@ -383,65 +383,94 @@ ExpeditionPlanePolygon::Edges* ExpeditionPlanePolygon::TakeApart(const geom::Pol
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, double width)
-    : m_Polygon(geom::PolyArc(), false), m_Edges(TakeApart(polygon)), m_Width(width)
+    : m_Form(polygon), m_Width(width)
 {
-    if (!m_Edges)
-        m_Polygon = polygon;
+    Edges* edges = TakeApart(polygon);
+    if (!edges)
+        return;
+    if (edges->m_Count == 1)
+    {
+        // Nobody shares a single edge: it is kept in place of the block.
+        m_Form = EdgesOf(edges)[0];
+        Release(edges);
+    }
+    else
+        m_Form = edges;
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other)
-    : m_Polygon(other.m_Polygon), m_Edges(other.m_Edges), m_Width(other.m_Width)
+    : m_Form(other.m_Form), m_Width(other.m_Width)
 {
-    if (m_Edges)
-        ++m_Edges->m_Users;
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges)
+        ++(*edges)->m_Users;
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept
-    : m_Polygon(other.m_Polygon), m_Edges(std::exchange(other.m_Edges, nullptr)), m_Width(other.m_Width)
+    : m_Form(other.m_Form), m_Width(other.m_Width)
 {
+    if (Edges** edges = std::get_if<Edges*>(&other.m_Form))
+        *edges = nullptr;
 }
 
 ExpeditionPlanePolygon& ExpeditionPlanePolygon::operator=(ExpeditionPlanePolygon other) noexcept
 {
-    std::swap(m_Polygon, other.m_Polygon);
-    std::swap(m_Edges, other.m_Edges);
+    std::swap(m_Form, other.m_Form);
     m_Width = other.m_Width;
     return *this;
 }
 
 ExpeditionPlanePolygon::~ExpeditionPlanePolygon()
 {
-    if (!m_Edges || --m_Edges->m_Users > 0)
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges)
+        Release(*edges);
+}
+
+void ExpeditionPlanePolygon::Release(Edges* edges)
+{
+    if (--edges->m_Users > 0)
         return;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
-        edges[i].~Arc();
-    m_Edges->~Edges();
-    ::operator delete(static_cast<void*>(m_Edges));
+    const geom::Arc* arcs = EdgesOf(edges);
+    for (unsigned i = 0; i < edges->m_Count; ++i)
+        arcs[i].~Arc();
+    edges->~Edges();
+    ::operator delete(static_cast<void*>(edges));
 }
 
 geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
 {
-    if (!m_Edges)
-        return m_Polygon;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    return geom::Polygon(std::vector<geom::Arc>(edges, edges + m_Edges->m_Count), false);
+    if (const geom::Polygon* polygon = std::get_if<geom::Polygon>(&m_Form))
+        return *polygon;
+    if (const geom::Arc* single = std::get_if<geom::Arc>(&m_Form))
+        return geom::Polygon(std::vector<geom::Arc>{*single}, false);
+    const Edges* edges = std::get<Edges*>(m_Form);
+    if (!edges)
+        return geom::Polygon(geom::PolyArc(), false);
+    const geom::Arc* arcs = EdgesOf(edges);
+    return geom::Polygon(std::vector<geom::Arc>(arcs, arcs + edges->m_Count), false);
 }
 
 const geom::Arc* ExpeditionPlanePolygon::GetSingleEdge() const
 {
-    return m_Edges && m_Edges->m_Count == 1 ? EdgesOf(m_Edges) : nullptr;
+    return std::get_if<geom::Arc>(&m_Form);
 }
 
 geom::Box ExpeditionPlanePolygon::GetBBox() const
 {
-    if (!m_Edges)
-        return m_Polygon.GetBBox();
+    if (const geom::Polygon* polygon = std::get_if<geom::Polygon>(&m_Form))
+        return polygon->GetBBox();
     // The hull of the edges' boxes, which is what the polygon's tree holds.
     geom::Box box;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
-        box |= edges[i].GetBBox();
+    if (const geom::Arc* single = std::get_if<geom::Arc>(&m_Form))
+    {
+        box |= single->GetBBox();
+        return box;
+    }
+    const Edges* edges = std::get<Edges*>(m_Form);
+    if (!edges)
+        return box;
+    const geom::Arc* arcs = EdgesOf(edges);
+    for (unsigned i = 0; i < edges->m_Count; ++i)
+        box |= arcs[i].GetBBox();
     return box;
 }
 
