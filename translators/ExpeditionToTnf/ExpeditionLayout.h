@@ -12,6 +12,7 @@
 #include "lib/math/geometry/Polygon.h"
 
 #include <map>
+#include <optional>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -614,9 +615,9 @@ public:
 // A contour of so few edges is held as its edges alone, shared by the copies
 // that the outlines and the shapes with voids keep, and it becomes a polygon
 // again, the same edge for edge, only for the moment a caller needs one. A
-// contour of one edge, the round void of a pad or via, is held as that edge
-// in place, without a block of its own. A contour of more edges is held as
-// the polygon it is.
+// contour of one edge that ends where it starts, the round void of a pad or
+// via, is held in place as its point, height and azimuth, without a block of
+// its own. A contour of more edges is held as the polygon it is.
 class ExpeditionPlanePolygon
 {
 public:
@@ -633,8 +634,8 @@ public:
     // Whether it is held as its edges alone.
     bool IsHeldAsEdges() const { return !std::holds_alternative<geom::Polygon>(m_Form); }
     // The one edge of a contour held as a single edge (a whole circle), else
-    // null: what a writer asks of most voids, without making the polygon.
-    const geom::Arc* GetSingleEdge() const;
+    // none: what a writer asks of most voids, without making the polygon.
+    std::optional<geom::Arc> GetSingleEdge() const;
 
 private:
     // The edges of a contour of few, in one block with the count of their
@@ -644,9 +645,18 @@ private:
     static void Release(Edges* edges);
     static const geom::Arc* EdgesOf(const Edges* edges);
 
+    // The one edge of a contour of one whose end is its start, as the edge
+    // would be made again from it.
+    struct Round
+    {
+        geom::Point m_Start;
+        geom::Unit m_Height;
+        geom::Azimuth m_Azimuth;
+        geom::Arc GetArc() const { return geom::Arc(m_Start, m_Start, m_Height, m_Azimuth); }
+    };
     // A contour of many edges; the edges of a contour of few, shared by the
-    // copies (null once moved from); or the one edge of a contour of one.
-    std::variant<geom::Polygon, Edges*, geom::Arc> m_Form;
+    // copies (null once moved from); or a round one.
+    std::variant<geom::Polygon, Edges*, Round> m_Form;
 
 public:
     double m_Width;

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <new>
 #include <optional>
@@ -345,6 +346,15 @@ private:
 
 namespace
 {
+// Whether two points are the same to the bit: only then does a round contour
+// come back as the edge it was.
+bool SameBits(const geom::Point& a, const geom::Point& b)
+{
+    const double ab[2] = {a.m_X.GetValue(), a.m_Y.GetValue()};
+    const double bb[2] = {b.m_X.GetValue(), b.m_Y.GetValue()};
+    return std::memcmp(ab, bb, sizeof(ab)) == 0;
+}
+
 // The most edges of a contour that is held as its edges: a circle has one, a
 // box four, an obround four, a rounded box eight.
 constexpr int k_FewEdges = 8;
@@ -388,10 +398,11 @@ ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, dou
     Edges* edges = TakeApart(polygon);
     if (!edges)
         return;
-    if (edges->m_Count == 1)
+    const geom::Arc& first = EdgesOf(edges)[0];
+    if (edges->m_Count == 1 && SameBits(first.GetStart(), first.GetEnd()))
     {
-        // Nobody shares a single edge: it is kept in place of the block.
-        m_Form = EdgesOf(edges)[0];
+        // Nobody shares a round contour: it is kept in place of the block.
+        m_Form = Round{first.GetStart(), first.GetHeight(), first.GetCenterAzimuth()};
         Release(edges);
     }
     else
@@ -440,8 +451,8 @@ geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
 {
     if (const geom::Polygon* polygon = std::get_if<geom::Polygon>(&m_Form))
         return *polygon;
-    if (const geom::Arc* single = std::get_if<geom::Arc>(&m_Form))
-        return geom::Polygon(std::vector<geom::Arc>{*single}, false);
+    if (const Round* round = std::get_if<Round>(&m_Form))
+        return geom::Polygon(std::vector<geom::Arc>{round->GetArc()}, false);
     const Edges* edges = std::get<Edges*>(m_Form);
     if (!edges)
         return geom::Polygon(geom::PolyArc(), false);
@@ -449,9 +460,13 @@ geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
     return geom::Polygon(std::vector<geom::Arc>(arcs, arcs + edges->m_Count), false);
 }
 
-const geom::Arc* ExpeditionPlanePolygon::GetSingleEdge() const
+std::optional<geom::Arc> ExpeditionPlanePolygon::GetSingleEdge() const
 {
-    return std::get_if<geom::Arc>(&m_Form);
+    if (const Round* round = std::get_if<Round>(&m_Form))
+        return round->GetArc();
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges && (*edges)->m_Count == 1)
+        return EdgesOf(*edges)[0];
+    return std::nullopt;
 }
 
 geom::Box ExpeditionPlanePolygon::GetBBox() const
@@ -460,9 +475,9 @@ geom::Box ExpeditionPlanePolygon::GetBBox() const
         return polygon->GetBBox();
     // The hull of the edges' boxes, which is what the polygon's tree holds.
     geom::Box box;
-    if (const geom::Arc* single = std::get_if<geom::Arc>(&m_Form))
+    if (const Round* round = std::get_if<Round>(&m_Form))
     {
-        box |= single->GetBBox();
+        box |= round->GetArc().GetBBox();
         return box;
     }
     const Edges* edges = std::get<Edges*>(m_Form);
