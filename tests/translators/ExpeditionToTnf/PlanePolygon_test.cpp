@@ -126,7 +126,7 @@ TEST(PlanePolygon, CopiesShareTheEdgesAndOutliveTheOriginal)
     }
     // A box is held as a block of four edges that the copies share.
     const geom::Polygon box(geom::Box(geom::Point(1.0, 1.0), geom::Point(2.5, 1.75)), 0.0);
-    std::vector<ExpeditionPlanePolygon> boxes(3, ExpeditionPlanePolygon(box, 0.1));
+    std::vector<ExpeditionPlanePolygon> boxes(3, ExpeditionPlanePolygon(box, 0.25));
     boxes.erase(boxes.begin());
     ExpectSameAnswers(box, boxes.back(), "copy of a box");
     ExpectSameAnswers(circle, copies[0], "copy");
