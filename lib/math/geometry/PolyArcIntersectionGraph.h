@@ -40,6 +40,9 @@ public:
 
     struct Vertex;
 
+    // Sides of an edge, seen along it.
+    static constexpr int k_Left = 1, k_Right = 2;
+
     struct Edge
     {
         Arc m_Arc;
@@ -49,6 +52,11 @@ public:
         int m_Owner = 0; // 0 for the first operand, 1 for the second
         int m_Group = 0; // the contour group: the operand, or the entry of one collection
         bool m_Visited = false;
+        // For a common edge that its own group runs along both ways, where
+        // the group's own material lies beside it: k_Left and k_Right (a
+        // slit of no width into it), none (a spike of no width out of it),
+        // or one side (a corner folded onto its neighbour by snapping).
+        int m_OwnSides = 0;
     };
 
     struct Vertex
@@ -102,13 +110,16 @@ public:
 protected:
     // How a point lies to the other operand of the given owner or group.
     using PointClassifier = std::function<PointRelation(const Point& p, const Contour& of, Unit accuracy)>;
+    // How a point lies to the region of one contour group itself.
+    using GroupClassifier = std::function<PointRelation(const Point& p, int group, Unit accuracy)>;
 
     explicit PolyArcIntersectionGraph(Unit accuracy) : m_CalcAccuracy(accuracy) {}
 
     // Splits, classifies by the classifier, keeps the edges keep accepts,
-    // builds vertices and links, and merges common edges.
+    // builds vertices and links, and merges common edges; own tells on
+    // which sides of a doubled-back common edge its group's material lies.
     void Fill(const std::vector<Contour>& contours, const PointClassifier& classify,
-              const std::function<bool(InsideOther)>& keep);
+              const std::function<bool(InsideOther)>& keep, const GroupClassifier& own);
     // The class of an edge by its start, end and middle.
     static InsideOther Classify(const Arc& arc, const Contour& of, const PointClassifier& classify,
                                 Unit accuracy);
@@ -118,6 +129,7 @@ protected:
     void RecheckCommonEdges(const PointClassifier& classify,
                             const std::vector<const Contour*>& edge_contours);
     void MergeCommonEdges();
+    void MarkDoubledBackEdges(const GroupClassifier& own);
     void PairCommonEdges(Mode mode);
     Loop Walk(Vertex* start, Mode mode);
     std::vector<Loop> WalkLoops(Mode mode);

@@ -229,9 +229,57 @@ Arc MakePiece(const Arc& arc, const Point& a, double from, const Point& b, doubl
                ? short_way
                : long_way;
 }
+
+// A closed contour that passes a point twice pinches there: a hole that
+// touches its outline, or two outlines that touch. The pieces on either side
+// of such a point often lie on one line or circle (a disk touching a side at
+// a point), and joined across it they would hide where the contour touches
+// itself. Runs between such points are joined on their own.
+std::vector<Arc> JoinAdjacentArcsKeepingPinches(const std::vector<Arc>& arcs, Unit accuracy)
+{
+    const size_t n = arcs.size();
+    std::vector<Point> starts;
+    starts.reserve(n);
+    for (const Arc& a : arcs)
+        starts.push_back(a.GetStart());
+    std::sort(starts.begin(), starts.end());
+    const auto pinch = [&](size_t i)
+    {
+        const auto range = std::equal_range(starts.begin(), starts.end(), arcs[i].GetStart());
+        return range.second - range.first > 1;
+    };
+    size_t first = n;
+    for (size_t i = 0; i < n && first == n; ++i)
+        if (pinch(i))
+            first = i;
+    if (first == n)
+        return JoinAdjacentArcs_G(arcs, k_Closed, accuracy).m_Value;
+    std::vector<Arc> ret, run;
+    const auto flush = [&]()
+    {
+        const std::vector<Arc> joined = JoinAdjacentArcs_G(run, k_Open, accuracy).m_Value;
+        ret.insert(ret.end(), joined.begin(), joined.end());
+        run.clear();
+    };
+    for (size_t k = 0; k < n; ++k)
+    {
+        const size_t i = (first + k) % n;
+        if (k > 0 && pinch(i))
+            flush();
+        run.push_back(arcs[i]);
+    }
+    flush();
+    return ret;
+}
 } // namespace
 
 // --- Splitting ---
+
+namespace
+{
+const double k_FirstPosition = std::nextafter(0.0, 1.0);
+const double k_LastPosition = std::nextafter(1.0, 0.0);
+} // namespace
 
 std::vector<PolyArcIntersectionGraph::Contour>
 PolyArcIntersectionGraph::SplitContours(const std::vector<Contour>& contours,
@@ -349,9 +397,14 @@ PolyArcIntersectionGraph::SplitContours(const std::vector<Contour>& contours,
                 const Point& p = unique_locations[static_cast<size_t>(j->m_Index)];
                 if (p == start || p == end || !arc.IntersectsWith(p, accuracy))
                     continue;
-                const double position = arc.GetPosition(p, accuracy);
-                if (position > 0.0 && position < 1.0)
-                    cuts.emplace_back(position, p);
+                // The position is taken without tolerance: a point that the
+                // clustering kept apart from an end (by circular distance)
+                // must cut this edge as it cuts the edge it came from, even
+                // where it lies within the accuracy's square round the end.
+                // One just beyond an end is cut next to it.
+                const double position =
+                    std::clamp(arc.GetPosition(p, k_Unit_0), k_FirstPosition, k_LastPosition);
+                cuts.emplace_back(position, p);
             }
             std::sort(cuts.begin(), cuts.end(),
                       [](const auto& a, const auto& b)
@@ -390,7 +443,7 @@ void AppendContours_G(const PolygonWithHoles& region, int owner, int group, Unit
         PolyArcIntersectionGraph::Contour c;
         c.m_Owner = owner;
         c.m_Group = group;
-        c.m_Arcs = JoinAdjacentArcs_G(chain.GetEdges(), k_Closed, accuracy * 0.5).m_Value;
+        c.m_Arcs = JoinAdjacentArcsKeepingPinches(chain.GetEdges(), accuracy * 0.5);
         VELLUM_ASSERT(IsPolyArcSequence_G(c.m_Arcs, k_Closed));
         out.push_back(std::move(c));
     };
@@ -455,7 +508,8 @@ PolyArcIntersectionGraph::PolyArcIntersectionGraph(const Polygon& p1, const Poly
         contours,
         [&](const Point& p, const Contour& of, Unit a)
         { return (of.m_Owner == 0 ? p2 : p1).GetRelation(p, a); },
-        [](InsideOther) { return true; });
+        [](InsideOther) { return true; },
+        [&](const Point& p, int group, Unit a) { return (group == 0 ? p1 : p2).GetRelation(p, a); });
 }
 
 PolyArcIntersectionGraph::PolyArcIntersectionGraph(const PolygonWithHoles& p1, const PolygonWithHoles& p2,
@@ -469,7 +523,8 @@ PolyArcIntersectionGraph::PolyArcIntersectionGraph(const PolygonWithHoles& p1, c
         contours,
         [&](const Point& p, const Contour& of, Unit a)
         { return (of.m_Owner == 0 ? p2 : p1).GetRelation(p, a); },
-        [](InsideOther) { return true; });
+        [](InsideOther) { return true; },
+        [&](const Point& p, int group, Unit a) { return (group == 0 ? p1 : p2).GetRelation(p, a); });
 }
 
 PolyArcIntersectionGraph::PolyArcIntersectionGraph(const PolygonWithHolesCollection& pp1,
@@ -487,7 +542,9 @@ PolyArcIntersectionGraph::PolyArcIntersectionGraph(const PolygonWithHolesCollect
         contours,
         [&](const Point& p, const Contour& of, Unit a)
         { return GetCollectionRelation(of.m_Owner == 0 ? s2 : s1, p, a, -1); },
-        [](InsideOther) { return true; });
+        [](InsideOther) { return true; },
+        [&](const Point& p, int group, Unit a)
+        { return GetCollectionRelation(group == 0 ? s1 : s2, p, a, -1); });
 }
 
 PolyArcIntersectionGraph::InsideOther PolyArcIntersectionGraph::Classify(const Arc& arc, const Contour& of,
@@ -514,7 +571,7 @@ PolyArcIntersectionGraph::InsideOther PolyArcIntersectionGraph::Classify(const A
 }
 
 void PolyArcIntersectionGraph::Fill(const std::vector<Contour>& input, const PointClassifier& classify,
-                                    const std::function<bool(InsideOther)>& keep)
+                                    const std::function<bool(InsideOther)>& keep, const GroupClassifier& own)
 {
     const std::vector<Contour> contours = SplitContours(input, {}, m_CalcAccuracy);
     size_t total = 0;
@@ -581,6 +638,7 @@ void PolyArcIntersectionGraph::Fill(const std::vector<Contour>& input, const Poi
     }
     RecheckCommonEdges(classify, edge_contours);
     MergeCommonEdges();
+    MarkDoubledBackEdges(own);
 }
 
 namespace
@@ -714,6 +772,43 @@ void PolyArcIntersectionGraph::MergeCommonEdges()
     }
 }
 
+void PolyArcIntersectionGraph::MarkDoubledBackEdges(const GroupClassifier& own)
+{
+    // Where a contour runs out along a piece and back, the two copies of its
+    // own cancel: its material lies on both sides of the piece (a slit cut
+    // into it), on neither (a spike sticking out of it), or, where snapping
+    // folded a corner onto the side after it, on one. Which is told by
+    // points a few accuracies to either side of the piece's middle; at the
+    // middle of an arc the tangent is parallel to the chord.
+    for (std::vector<Edge*>& group : GetCommonGroups(m_Edges))
+        for (size_t i = 0; i < group.size(); ++i)
+        {
+            Edge& e = *group[i];
+            int net = 0;
+            bool both_ways = false;
+            for (const Edge* f : group)
+                if (f->m_Group == e.m_Group)
+                {
+                    const bool same_way = f == &e || IsSameWay(e, *f);
+                    net += same_way ? 1 : -1;
+                    both_ways = both_ways || !same_way;
+                }
+            if (!both_ways || net != 0)
+                continue;
+            const Vector chord = e.m_Arc.GetEnd() - e.m_Arc.GetStart();
+            const double length = std::hypot(chord.GetX().GetValue(), chord.GetY().GetValue());
+            if (!(length > 0.0))
+                continue;
+            const double step = 4.0 * m_CalcAccuracy.GetValue() / length;
+            const Point middle = e.m_Arc.GetMiddle();
+            const Point left(middle.m_X - chord.GetY() * step, middle.m_Y + chord.GetX() * step);
+            const Point right(middle.m_X + chord.GetY() * step, middle.m_Y - chord.GetX() * step);
+            const Unit fine = m_CalcAccuracy / 100.0;
+            e.m_OwnSides = (own(left, e.m_Group, fine) == k_PointInside ? k_Left : 0) |
+                           (own(right, e.m_Group, fine) == k_PointInside ? k_Right : 0);
+        }
+}
+
 // --- Result ---
 
 void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
@@ -722,7 +817,7 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
     // merging, are counted by the side their material lies on. In the
     // subtraction and the symmetric difference the second operand counts
     // from its outside, as if flipped. A contour group whose copies go both
-    // ways (a spike of no width) covers neither side. Material on both sides
+    // ways covers both sides (a slit) or neither (a spike). Material on both sides
     // (two pads sharing a side) or on none makes all copies vanish; material
     // on one side leaves one copy facing that way (a void flush with the
     // plane's edge). Any number of copies from any number of entries follow
@@ -756,9 +851,41 @@ void PolyArcIntersectionGraph::PairCommonEdges(Mode mode)
                     n = net.insert(net.end(), {f->m_Group, 0});
                 n->second += forward ? 1 : -1;
             }
-            const bool left = std::any_of(net.begin(), net.end(), [](const auto& g) { return g.second > 0; });
-            const bool right =
-                std::any_of(net.begin(), net.end(), [](const auto& g) { return g.second < 0; });
+            // Each operand's material beside the piece, from its own copies:
+            // a net count forward covers the left, backward the right, and
+            // a group that runs both ways covers both sides or neither. The
+            // counts above were taken as walked, so a flipped operand's are
+            // turned back here.
+            bool covers[2][2] = {{false, false}, {false, false}}; // [owner][left, right]
+            bool present[2] = {false, false};
+            for (const std::pair<Edge*, bool>& copy : copies)
+            {
+                const Edge* f = copy.first;
+                const bool forward = copy.second;
+                const auto n = std::find_if(net.begin(), net.end(),
+                                            [&](const auto& g) { return g.first == f->m_Group; });
+                const int owner = f->m_Owner == 1 ? 1 : 0;
+                const int count = flipped(f) ? -n->second : n->second;
+                const bool same_way = forward != flipped(f);
+                const int own_left = same_way ? k_Left : k_Right, own_right = same_way ? k_Right : k_Left;
+                present[owner] = true;
+                covers[owner][0] =
+                    covers[owner][0] || count > 0 || (count == 0 && (f->m_OwnSides & own_left));
+                covers[owner][1] =
+                    covers[owner][1] || count < 0 || (count == 0 && (f->m_OwnSides & own_right));
+            }
+            bool left = covers[0][0] || covers[1][0], right = covers[0][1] || covers[1][1];
+            if (present[0] && present[1] && mode != k_Union)
+            {
+                left = mode == k_Intersection  ? covers[0][0] && covers[1][0]
+                       : mode == k_Subtraction ? covers[0][0] && !covers[1][0]
+                                               : covers[0][0] != covers[1][0];
+                right = mode == k_Intersection  ? covers[0][1] && covers[1][1]
+                        : mode == k_Subtraction ? covers[0][1] && !covers[1][1]
+                                                : covers[0][1] != covers[1][1];
+            }
+            else if (!present[0] && mode > k_Intersection)
+                std::swap(left, right); // the second operand alone, counted from its outside
             bool kept = false;
             for (auto& [f, forward] : copies)
             {
@@ -963,7 +1090,7 @@ PolygonWithHolesCollection PolyArcIntersectionGraph::Assemble(const std::vector<
     std::vector<Polygon> holes, degenerate;
     for (const Loop& loop : loops)
     {
-        std::vector<Arc> arcs = JoinAdjacentArcs_G(loop.m_Arcs, k_Closed, m_CalcAccuracy).m_Value;
+        std::vector<Arc> arcs = JoinAdjacentArcsKeepingPinches(loop.m_Arcs, m_CalcAccuracy);
         if (arcs.empty() || !IsPolyArcSequence_G(arcs, k_Closed))
             continue;
         const PolyArc chain(k_Closed, arcs);

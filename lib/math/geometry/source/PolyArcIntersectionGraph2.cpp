@@ -53,7 +53,14 @@ void PolyArcIntersectionGraph2::FillFrom(const PolygonWithHolesCollection& pc)
                 return on_boundary ? k_PointOnBoundary : k_PointOutside;
             },
             // An edge inside another entry can't be on the union's boundary.
-            [](InsideOther c) { return c != k_InsideOtherEdge; });
+            [](InsideOther c) { return c != k_InsideOtherEdge; },
+            [&](const Point& p, int group, Unit a)
+            {
+                for (auto i = sorted.begin(k_SkipOutside, Box(p).GetExpanded(a)); i != sorted.end(); ++i)
+                    if (i.GetIndex() == group)
+                        return i->GetRelation(p, a);
+                return k_PointOutside;
+            });
     }
     catch (Exception)
     {

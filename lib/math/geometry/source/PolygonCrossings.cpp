@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 
 namespace geom
@@ -46,6 +47,52 @@ double GetLeftCurvature(const Arc& leaving)
     const double denominator = 4 * h * h + c2;
     // A positive height bends clockwise, to the right.
     return denominator > 0 ? -8 * h / denominator : 0.0;
+}
+
+// The angle within which two tangents at a vertex are one: the length
+// rule of parallelism on a unit tangent, and never below what rounding
+// leaves of two tangents that are really one (loops that touch, one arc
+// reversed, both worked out from different chords).
+double GetTangentTolerance(Unit accuracy)
+{
+    return std::max(2 * accuracy.GetValue(), 1e-9);
+}
+
+// Puts the directions leaving one vertex in counter-clockwise order from
+// the east. Directions whose tangents are one (a chain of neighbours each
+// within the tolerance, across east too) are ordered by their curvature to
+// the left, since the curve that bends more to the left lies further
+// counter-clockwise just off the vertex; equal curvatures keep the order of
+// their angles. Comparing angles exactly instead would let a last-bit
+// difference put two touching loops the wrong way round.
+template <typename T, typename AngleOf, typename CurvatureOf>
+void SortCounterClockwise(std::vector<T>& items, double tolerance, AngleOf angle_of, CurvatureOf curvature_of)
+{
+    std::sort(items.begin(), items.end(), [&](const T& a, const T& b) { return angle_of(a) < angle_of(b); });
+    const size_t n = items.size();
+    if (n < 2)
+        return;
+    // The directions just short of a full turn that join the first one's
+    // tangent go to the front, a turn lower.
+    size_t wrap = n;
+    double next = angle_of(items.front()) + 2 * k_Pi;
+    while (wrap > 1 && next - angle_of(items[wrap - 1]) <= tolerance)
+        next = angle_of(items[--wrap]);
+    std::rotate(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(wrap), items.end());
+    std::vector<double> unwrapped(n);
+    for (size_t i = 0; i < n; ++i)
+        unwrapped[i] = angle_of(items[i]) - (i < n - wrap ? 2 * k_Pi : 0.0);
+    for (size_t first = 0; first < n;)
+    {
+        size_t last = first + 1;
+        while (last < n && unwrapped[last] - unwrapped[last - 1] <= tolerance)
+            ++last;
+        if (last - first > 1)
+            std::stable_sort(items.begin() + static_cast<std::ptrdiff_t>(first),
+                             items.begin() + static_cast<std::ptrdiff_t>(last),
+                             [&](const T& a, const T& b) { return curvature_of(a) < curvature_of(b); });
+        first = last;
+    }
 }
 
 // The pieces with their copies folded into counts: copies share their ends
@@ -169,11 +216,9 @@ bool LinkByBrackets(const std::vector<Arc>& all, Unit accuracy, std::vector<Poly
             continue;
         }
         split_vertex[v] = true;
-        std::sort(h.begin(), h.end(),
-                  [](const BracketEnd& a, const BracketEnd& b) {
-                      return a.m_Angle < b.m_Angle ||
-                             (a.m_Angle == b.m_Angle && a.m_Curvature < b.m_Curvature);
-                  });
+        SortCounterClockwise(
+            h, GetTangentTolerance(accuracy), [](const BracketEnd& e) { return e.m_Angle; },
+            [](const BracketEnd& e) { return e.m_Curvature; });
         std::vector<size_t> open;
         std::vector<bool> matched(h.size(), false);
         for (size_t round = 0; round < 2 * h.size(); ++round)
@@ -222,7 +267,10 @@ bool LinkByBrackets(const std::vector<Arc>& all, Unit accuracy, std::vector<Poly
 class WindingMap
 {
 public:
-    WindingMap(const std::vector<MapEdge>& edges) : m_Edges(edges) {}
+    WindingMap(const std::vector<MapEdge>& edges, Unit accuracy)
+        : m_Edges(edges), m_TangentTolerance(GetTangentTolerance(accuracy))
+    {
+    }
 
     // Builds the map and its faces' winding numbers; false if the map
     // doesn't hold together (a vertex where the pieces don't meet).
@@ -249,6 +297,7 @@ private:
     size_t GetOuterFace() const;
 
     std::vector<MapEdge> m_Edges;
+    double m_TangentTolerance;
     std::vector<Point> m_Locations;
     std::vector<HalfEdge> m_HalfEdges;
     std::vector<std::vector<size_t>> m_Around; // per vertex, counter-clockwise
@@ -283,13 +332,9 @@ bool WindingMap::Build()
     m_Position.resize(m_HalfEdges.size());
     for (std::vector<size_t>& around : m_Around)
     {
-        std::sort(around.begin(), around.end(),
-                  [&](size_t a, size_t b)
-                  {
-                      const HalfEdge &x = m_HalfEdges[a], &y = m_HalfEdges[b];
-                      return x.m_Angle < y.m_Angle ||
-                             (x.m_Angle == y.m_Angle && x.m_Curvature < y.m_Curvature);
-                  });
+        SortCounterClockwise(
+            around, m_TangentTolerance, [&](size_t h) { return m_HalfEdges[h].m_Angle; },
+            [&](size_t h) { return m_HalfEdges[h].m_Curvature; });
         for (size_t i = 0; i < around.size(); ++i)
             m_Position[around[i]] = i;
     }
@@ -415,7 +460,7 @@ PolygonWithHolesCollection Polygon::ResolveSelfCrossings(const std::vector<Arc>&
     const std::vector<MapEdge> edges = FoldCopies(split.front().m_Arcs, accuracy);
     if (edges.empty())
         return PolygonWithHolesCollection();
-    WindingMap map(edges);
+    WindingMap map(edges, accuracy);
     bool linked = map.Build();
     std::vector<std::vector<Arc>> walked;
     if (linked)

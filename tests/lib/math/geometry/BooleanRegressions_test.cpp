@@ -6,10 +6,12 @@
 // on the same (grid) input.
 #include "core/lib/vellum/Assert.h"
 #include "lib/math/geometry/PolyArcIntersectionGraph.h"
+#include "lib/math/geometry/PolyArcIntersectionGraph2.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 
 using namespace geom;
 
@@ -118,5 +120,141 @@ TEST(BooleanRegressions, RegionsThatOnlyTouchIntersectInNothingWithoutAnAssertio
     EXPECT_TRUE(a.Intersect(side, k_Accuracy).empty());
     EXPECT_TRUE(a.Intersect(corner, k_Accuracy).empty());
     EXPECT_TRUE(a.Intersect(disk, k_Accuracy).empty());
+    EXPECT_EQ(GetFailedAssertCount_G(), before);
+}
+
+namespace
+{
+Point Rotated(double x, double y, double t)
+{
+    return Point(Unit(x * std::cos(t) - y * std::sin(t)), Unit(x * std::sin(t) + y * std::cos(t)));
+}
+
+Polygon RotatedRect(double x0, double y0, double x1, double y1, double t)
+{
+    return Polygon(
+        std::vector<Point>{Rotated(x0, y0, t), Rotated(x1, y0, t), Rotated(x1, y1, t), Rotated(x0, y1, t)},
+        false);
+}
+} // namespace
+
+TEST(BooleanRegressions, EdgesNanometresApartKeepBothOperands)
+{
+    // Two 10 x 10 squares side by side, d = 1..8 nm apart or overlapping by
+    // d, or (from 2 nm) overlapping by d and shifted by d so that their
+    // sides cross d from the corners; turned by a range of angles so that
+    // the distances come out a little under or over the accuracy once
+    // rounded. A crossing clustered apart from a corner by distance once
+    // lay within the accuracy's square round it, and cut one operand only:
+    // the union came back empty.
+    using Graph = PolyArcIntersectionGraph;
+    const unsigned long before = GetFailedAssertCount_G();
+    for (int turn = 0; turn <= 100; ++turn)
+        for (int nm = 1; nm <= 8; ++nm)
+            for (int kind = 0; kind < (nm == 1 ? 2 : 3); ++kind)
+            {
+                const double t = turn * 0.0157, d = nm * 1e-6;
+                const Polygon a = RotatedRect(0, 0, 10, 10, t);
+                const Polygon b = kind == 0   ? RotatedRect(10 + d, 0, 20, 10, t)
+                                  : kind == 1 ? RotatedRect(10 - d, 0, 20, 10, t)
+                                              : RotatedRect(10 - d, d, 20, 10 + d, t);
+                const double common = kind == 0 ? 0.0 : kind == 1 ? 10 * d : d * (10 - d);
+                const std::string label = "turn " + std::to_string(turn) + ", " + std::to_string(nm) +
+                                          " nm, kind " + std::to_string(kind);
+                // Within the accuracy along the boundary (80 mm).
+                const double tolerance = 1e-4;
+                Graph g(a, b, k_Accuracy);
+                EXPECT_NEAR(g.GetResult(Graph::k_Union).GetArea().GetValue(), 200 - common, tolerance)
+                    << label;
+                EXPECT_NEAR(g.GetResult(Graph::k_Intersection).GetArea().GetValue(), common, tolerance)
+                    << label;
+                EXPECT_NEAR(g.GetResult(Graph::k_Subtraction).GetArea().GetValue(), 100 - common, tolerance)
+                    << label;
+            }
+    EXPECT_EQ(GetFailedAssertCount_G(), before);
+}
+
+TEST(BooleanRegressions, UnionWithASliverAlongASlitIsTheRegion)
+{
+    // A polygon whose big arc leaves a corner back along the side before it,
+    // within the accuracy: a slit of no width into it, about 53 nm long.
+    // A triangle about 1 nm thick lies along the slit. Cut against each
+    // other, the polygon's two copies of the slit cancel, and were taken as
+    // a spike out of it, covering neither side: the union came back empty.
+    // The polygon's material lies on both sides of a slit.
+    const Point v0(-0x1.8ffdf45e025bap+5, -0x1.8fffe5cbe8d1fp+5);
+    const Point tip(-0x1.8ffdf67e6a64fp+5, -0x1.8fffca101fb36p+5);
+    const Point p2(-0x1.2c5c15849bfb4p+5, -0x1.803b380b04086p+5),
+        p3(-0x1.19c9de070d8c1p+5, -0x1.a2b76d00b7237p+4);
+    const Point p4(-0x1.d317ca45b7d9ep+5, -0x1.73e72a576d37fp+4),
+        p5(-0x1.2ef0dfd9cabe1p+6, -0x1.36f1c5e1c871cp+5);
+    const Point p6(-0x1.2cf76c4ecb444p+6, -0x1.f1adf58f95b9ap+5),
+        p7(-0x1.c9c22f0d3d89ep+5, -0x1.33ecd802e9d85p+6);
+    const Polygon a(std::vector<Arc>{Arc(v0, tip, k_Unit_0), Arc(tip, p2, Unit(-0x1.937d45abacd28p+2)),
+                                     Arc(p2, p3, k_Unit_0), Arc(p3, p4, k_Unit_0), Arc(p4, p5, k_Unit_0),
+                                     Arc(p5, p6, k_Unit_0), Arc(p6, p7, k_Unit_0), Arc(p7, v0, k_Unit_0)},
+                    false);
+    const Point t1(-0x1.8ffdf654cd34cp+5, -0x1.8fffcba895ec7p+5),
+        t2(-0x1.8ffdf9996474dp+5, -0x1.8fffb1a6c0ddbp+5);
+    const Polygon sliver(
+        std::vector<Arc>{Arc(v0, t1, k_Unit_0), Arc(t1, t2, k_Unit_0), Arc(t2, v0, k_Unit_0)}, false);
+    const double area = a.GetArea().GetValue();
+    ASSERT_NEAR(area, 1385.5585044, 1e-6);
+    ASSERT_LT(sliver.GetArea().GetValue(), 1e-10);
+    const unsigned long before = GetFailedAssertCount_G();
+    // Snapping moves vertices by up to the accuracy along about 150 mm.
+    const double tolerance = 2e-4;
+    const PolygonWithHolesCollection united = a.Unite(sliver, k_Accuracy);
+    ASSERT_EQ(united.size(), 1);
+    EXPECT_NEAR(united.GetArea().GetValue(), area, tolerance);
+    EXPECT_NEAR(a.Subtract(sliver, k_Accuracy).GetArea().GetValue(), area, tolerance);
+    EXPECT_NEAR(PolygonWithHoles(a).Intersect(sliver, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
+    // The same from the sliver's side, and in a collection.
+    EXPECT_NEAR(sliver.Unite(a, k_Accuracy).GetArea().GetValue(), area, tolerance);
+    EXPECT_NEAR(sliver.Subtract(a, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
+    const PolygonWithHolesCollection both(
+        std::vector<PolygonWithHoles>{PolygonWithHoles(a), PolygonWithHoles(sliver)});
+    EXPECT_NEAR(PolyArcIntersectionGraph2(both, k_Accuracy).GetResult().GetArea().GetValue(), area,
+                tolerance);
+    EXPECT_EQ(GetFailedAssertCount_G(), before);
+}
+
+TEST(BooleanRegressions, UnionKeepsTheVerticesWhereItsBoundaryTouchesItself)
+{
+    // A disk of radius 0.5 between two walls, touching the right one at its
+    // start point (0, 1) and the left one at (-1, 1), over a bar that closes
+    // the space below it: the union's boundary touches itself at both
+    // points, around the hole under the disk. The pieces either side of a
+    // touching point lie on one line or one circle and were joined across
+    // it, so that the boundary ran through the point without a vertex and
+    // the hole could no longer be told from a notch.
+    const Polygon bar = Rect(-1.5, 0, 1, 0.25), left = Rect(-1.5, 0, -1, 2), right = Rect(0, 0, 1, 2);
+    const Polygon disk(Circle(Point(-0.5, 1), Unit(0.5)));
+    const Point touches[] = {Point(0, 1), Point(-1, 1)};
+    const double area = 0.625 + 1 + 2 + M_PI / 4 - 0.125 - 0.25;
+    const double hole = 0.75 * 1.0 - M_PI / 8; // under the disk, above the bar
+    const unsigned long before = GetFailedAssertCount_G();
+    const std::vector<PolygonWithHoles> shapes{PolygonWithHoles(bar), PolygonWithHoles(left),
+                                               PolygonWithHoles(right), PolygonWithHoles(disk)};
+    const PolygonWithHolesCollection united =
+        PolyArcIntersectionGraph2(PolygonWithHolesCollection(shapes), k_Accuracy).GetResult();
+    EXPECT_NEAR(united.GetArea().GetValue(), area, 1e-9);
+    int visits[2] = {0, 0};
+    double outline_area = 0;
+    for (const PolygonWithHoles& r : united)
+    {
+        outline_area += r.GetPolygon().GetArea().GetValue();
+        std::vector<Polygon> contours{r.GetPolygon()};
+        contours.insert(contours.end(), r.GetHoles().begin(), r.GetHoles().end());
+        for (const Polygon& c : contours)
+            for (const Arc& a : c.GetEdges())
+                for (int k = 0; k < 2; ++k)
+                    visits[k] += a.GetStart() == touches[k] ? 1 : 0;
+    }
+    // Each touching point is passed twice: by the outline and the hole, or
+    // twice by an outline that pinches there.
+    EXPECT_EQ(visits[0], 2);
+    EXPECT_EQ(visits[1], 2);
+    EXPECT_NEAR(outline_area, area + (CountHoles(united) > 0 ? hole : 0.0), 1e-9);
     EXPECT_EQ(GetFailedAssertCount_G(), before);
 }

@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <tuple>
+#include <utility>
 
 using namespace geom;
 
@@ -97,4 +99,48 @@ TEST(SelfCrossings, RandomLoopsFromOneCornerMatchTheWindingCount)
         }
     }
     EXPECT_EQ(wrong, 0) << " of " << cases;
+}
+
+TEST(SelfCrossings, LoopsTangentAtTheirCommonVertexKeepTheirOrder)
+{
+    // From one vertex v: a counter-clockwise disk, a counter-clockwise box
+    // to its lower left, and a clockwise disk tangent inside the first at v.
+    // The region (winding above 0) is the big disk less the small one, plus
+    // the box; the box keeps the part of the small disk right of its left
+    // side. At v the disks leave along one tangent, and their tangents come
+    // out of the arithmetic a last bit apart: ordered by that bit instead of
+    // by their curvature, the loops came out crossed and too large. Each
+    // quarter turn of the figure puts the common tangent on another axis,
+    // east (where the angles wrap) included.
+    const double r1 = 1.5595703125, r2 = 0.8251953125, w = 0.7802734375, h = 1.60546875;
+    // The part of a half disk of radius r below its centre that lies more
+    // than a to the right of the centre.
+    const auto beyond = [](double r, double a)
+    { return r * r * M_PI / 4 - (a / 2 * std::sqrt(r * r - a * a) + r * r / 2 * std::asin(a / r)); };
+    // The big disk less the small one, plus the box less its part in the
+    // big disk, plus its part in the small disk, which the first term took.
+    const double expected = M_PI * (r1 * r1 - r2 * r2) + w * h - beyond(r1, r1 - w) + beyond(r2, r2 - w);
+    for (int turn = 0; turn < 4; ++turn)
+    {
+        // A quarter turn about the origin, exact on the grid.
+        const auto at = [&](double x, double y)
+        {
+            for (int k = 0; k < turn; ++k)
+                std::tie(x, y) = std::make_pair(-y, x);
+            return Point(x, y);
+        };
+        const double vx = 2.5966796875, vy = -2.951171875;
+        const Point v = at(vx, vy);
+        const std::vector<Arc> arcs{Arc(v, v, Unit(-2 * r1), Azimuth(turn * k_Pi / 2 + k_Pi)),
+                                    Arc(v, at(vx - w, vy), k_Unit_0),
+                                    Arc(at(vx - w, vy), at(vx - w, vy - h), k_Unit_0),
+                                    Arc(at(vx - w, vy - h), at(vx, vy - h), k_Unit_0),
+                                    Arc(at(vx, vy - h), v, k_Unit_0),
+                                    Arc(v, v, Unit(2 * r2), Azimuth(turn * k_Pi / 2 + k_Pi))};
+        const unsigned long before = GetFailedAssertCount_G();
+        const PolygonWithHolesCollection got =
+            Polygon(arcs, false).RemoveSelfIntersections(k_Accuracy, false, false, nullptr);
+        EXPECT_EQ(GetFailedAssertCount_G(), before) << "turn " << turn;
+        EXPECT_NEAR(got.GetArea().GetValue(), expected, 1e-6) << "turn " << turn;
+    }
 }
