@@ -327,7 +327,7 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(ExpeditionReaderCursor at, int limi
     const bool free = limit > 0;
     double width = 0.0;
     AString layer, options, pathKind, scratch;
-    std::vector<ExpeditionVertex*> vertices;
+    std::vector<ExpeditionVertex> vertices;
     while (!at.AtEnd())
     {
         const int level = at.Next();
@@ -366,7 +366,7 @@ ExpeditionTrace* ExpeditionParser::ReadTrace(ExpeditionReaderCursor at, int limi
         else
             break;
     }
-    return new ExpeditionTrace(layer, options, pathKind, width * factor, vertices);
+    return new ExpeditionTrace(layer, options, pathKind, width * factor, std::move(vertices));
 }
 
 ExpeditionVia* ExpeditionParser::ReadVia(ExpeditionReaderCursor at, AString& netName)

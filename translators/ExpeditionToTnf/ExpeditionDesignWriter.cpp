@@ -27,24 +27,37 @@ io::CBlock_func ExpeditionToTnf::NewFunc(RepeatedName name)
     return CBlock_func(items[name]);
 }
 
-void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
-                                      double width)
+namespace
+{
+void AddPathVertex(CBlock_func& function, const ExpeditionVertex& v, double width)
 {
     // The end and corner style of every line, held once for the whole file.
     static const io::CBlock_ptr<io::CBlock_value> round(new io::CBlock_value(AString(L"Round")));
     static const io::CBlock_ptr<io::CBlock_value> mitered(new io::CBlock_value(AString(L"Radiallymitered")));
-    for (const ExpeditionVertex* v : vertices)
+    CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
+    vertex << v.x << v.y << width << width << round << mitered << width;
+    function << std::move(vertex);
+    if (v.arcHeight != 0.0)
     {
-        CBlock_func vertex = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Vertex);
-        vertex << v->x << v->y << width << width << round << mitered << width;
-        function << std::move(vertex);
-        if (v->arcHeight != 0.0)
-        {
-            CBlock_func arc = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Arc);
-            arc << v->arcHeight;
-            function << std::move(arc);
-        }
+        CBlock_func arc = ExpeditionToTnf::NewFunc(ExpeditionToTnf::k_Arc);
+        arc << v.arcHeight;
+        function << std::move(arc);
     }
+}
+} // namespace
+
+void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
+                                      double width)
+{
+    for (const ExpeditionVertex* v : vertices)
+        AddPathVertex(function, *v, width);
+}
+
+void ExpeditionToTnf::AddPathVertices(CBlock_func& function, const std::vector<ExpeditionVertex>& vertices,
+                                      double width)
+{
+    for (const ExpeditionVertex& v : vertices)
+        AddPathVertex(function, v, width);
 }
 
 // The outline is always written as a polygon; a path or polygon with too few

@@ -24,10 +24,6 @@ const AString* ExpeditionName::Intern(const AString& text)
     return &*NameTable().insert(text).first;
 }
 
-ExpeditionTrace::~ExpeditionTrace()
-{
-    DeleteOwned_G(m_Vertices);
-}
 ExpeditionPath::~ExpeditionPath()
 {
     DeleteOwned_G(m_Vertices);

@@ -12,6 +12,9 @@
 #include "lib/math/geometry/Polygon.h"
 
 #include <map>
+#include <optional>
+#include <utility>
+#include <variant>
 #include <vector>
 
 class ExpeditionPadStack;
@@ -199,21 +202,24 @@ struct ExpeditionVia
 // One routed trace.
 struct ExpeditionTrace
 {
+    // A large board has millions of traces of a few vertices each: the
+    // vertices are held in one array per trace, with no spare room.
     ExpeditionTrace(const AString& layerName, const AString& options, const AString& pathKind, double width,
-                    const std::vector<ExpeditionVertex*>& vertices)
+                    std::vector<ExpeditionVertex> vertices)
         : m_LayerName(layerName), m_Options(options), m_PathKind(pathKind), m_Width(width),
-          m_Vertices(vertices)
+          m_Vertices(std::move(vertices))
     {
+        if (m_Vertices.capacity() != m_Vertices.size())
+            m_Vertices.shrink_to_fit();
     }
-    ~ExpeditionTrace();
     ExpeditionTrace(const ExpeditionTrace&) = delete;
     ExpeditionTrace& operator=(const ExpeditionTrace&) = delete;
 
-    ExpeditionName m_LayerName;                // ROUTE_LYR as a layer name
-    ExpeditionName m_Options;                  // rest of the TRACE_OPTIONS line
-    ExpeditionName m_PathKind;                 // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
-    double m_Width;                            // WIDTH
-    std::vector<ExpeditionVertex*> m_Vertices; // the centre line, owned
+    ExpeditionName m_LayerName;               // ROUTE_LYR as a layer name
+    ExpeditionName m_Options;                 // rest of the TRACE_OPTIONS line
+    ExpeditionName m_PathKind;                // "POLYLINE_PATH" or "POLYARC_PATH"; empty for a tie leg
+    double m_Width;                           // WIDTH
+    std::vector<ExpeditionVertex> m_Vertices; // the centre line
 };
 
 // A record of the default plane connections of the job.
@@ -609,7 +615,9 @@ public:
 // A contour of so few edges is held as its edges alone, shared by the copies
 // that the outlines and the shapes with voids keep, and it becomes a polygon
 // again, the same edge for edge, only for the moment a caller needs one. A
-// contour of more edges is held as the polygon it is.
+// contour of one edge that ends where it starts, the round void of a pad or
+// via, is held in place as its point, height and azimuth, without a block of
+// its own. A contour of more edges is held as the polygon it is.
 class ExpeditionPlanePolygon
 {
 public:
@@ -624,20 +632,31 @@ public:
     // Its box, without the polygon.
     geom::Box GetBBox() const;
     // Whether it is held as its edges alone.
-    bool IsHeldAsEdges() const { return m_Edges != nullptr; }
+    bool IsHeldAsEdges() const { return !std::holds_alternative<geom::Polygon>(m_Form); }
     // The one edge of a contour held as a single edge (a whole circle), else
-    // null: what a writer asks of most voids, without making the polygon.
-    const geom::Arc* GetSingleEdge() const;
+    // none: what a writer asks of most voids, without making the polygon.
+    std::optional<geom::Arc> GetSingleEdge() const;
 
 private:
     // The edges of a contour of few, in one block with the count of their
     // users and their number.
     struct Edges;
     static Edges* TakeApart(const geom::Polygon& polygon);
+    static void Release(Edges* edges);
     static const geom::Arc* EdgesOf(const Edges* edges);
 
-    geom::Polygon m_Polygon;  // a contour of many edges; none otherwise
-    Edges* m_Edges = nullptr; // the edges of a contour of few, shared by the copies
+    // The one edge of a contour of one whose end is its start, as the edge
+    // would be made again from it.
+    struct Round
+    {
+        geom::Point m_Start;
+        geom::Unit m_Height;
+        geom::Azimuth m_Azimuth;
+        geom::Arc GetArc() const { return geom::Arc(m_Start, m_Start, m_Height, m_Azimuth); }
+    };
+    // A contour of many edges; the edges of a contour of few, shared by the
+    // copies (null once moved from); or a round one.
+    std::variant<geom::Polygon, Edges*, Round> m_Form;
 
 public:
     double m_Width;
@@ -674,7 +693,8 @@ public:
     std::vector<std::vector<ExpeditionShapes*>> m_ShapesWithVoids; // outline first, then its holes
     std::vector<ExpeditionShapes*> m_Shapes;                       // conductive shapes without holes
     // Plane copper by layer name (case counts): finished shapes with voids,
-    // raw outlines and voids as read, and contours of fewer than 3 points.
+    // raw outlines and voids as read (let go once they are paired), and
+    // contours of fewer than 3 points.
     std::map<AString, std::vector<ExpeditionPlaneShape>> m_PlaneShapes;
     std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneOutlines;
     std::map<AString, std::vector<ExpeditionPlanePolygon>> m_PlaneLines;
@@ -711,7 +731,8 @@ public:
         return lines.size();
     }
     // Pairs the outlines with the voids inside them: odd nesting depth makes a
-    // void, and a void goes to the innermost outline that holds it.
+    // void, and a void goes to the innermost outline that holds it. The raw
+    // contours are released afterwards; it runs once per net.
     void ResolvePlaneVoids();
     // Keeps the thin plane contours that stand in free space or in a void.
     void ResolvePlaneLines();

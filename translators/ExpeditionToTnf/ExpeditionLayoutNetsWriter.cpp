@@ -196,7 +196,7 @@ void ExpeditionToTnf::WritePolygonWithVoids(io::CBlock_stream& entry, const AStr
         // A contour of one edge is a circle when that edge is whole, as the
         // polygon of it would answer.
         geom::Circumference round;
-        const geom::Arc* single = hole.GetSingleEdge();
+        const std::optional<geom::Arc> single = hole.GetSingleEdge();
         if (single && single->IsCircumference(&round))
         {
             voids << CircleItem(++m_NextShapeId, hole.m_Width,

@@ -180,7 +180,34 @@ double ExpeditionParser::UnitFactor(const AString& text)
     return 1.0;
 }
 
+namespace
+{
+// The shapes other than traces keep their vertices one by one.
+void AppendOwned(std::vector<ExpeditionVertex*>& to, const std::vector<ExpeditionVertex>& vertices)
+{
+    to.reserve(to.size() + vertices.size());
+    for (const ExpeditionVertex& v : vertices)
+        to.push_back(new ExpeditionVertex(v));
+}
+} // namespace
+
 void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                                    double factor)
+{
+    std::vector<ExpeditionVertex> read;
+    ReadPolyline(stream, read, factor);
+    AppendOwned(vertices, read);
+}
+
+void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+                                   double factor)
+{
+    std::vector<ExpeditionVertex> read;
+    ReadPolyarc(stream, read, factor);
+    AppendOwned(vertices, read);
+}
+
+void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex>& vertices,
                                     double factor)
 {
     AString token;
@@ -199,7 +226,7 @@ void ExpeditionParser::ReadPolyline(io::CToken_istream& stream, std::vector<Expe
             break;
         double x = 0.0, y = 0.0;
         stream >> x >> scratch >> y >> scratch;
-        vertices.push_back(new ExpeditionVertex(x * factor, y * factor, 0.0));
+        vertices.emplace_back(x * factor, y * factor, 0.0);
     }
 }
 
@@ -229,7 +256,7 @@ bool ExpeditionParser::ReadXYRTriples(io::CToken_istream& stream, std::vector<XY
     return true;
 }
 
-void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
+void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex>& vertices,
                                    double factor)
 {
     std::vector<XYRTriple> triples;
@@ -244,12 +271,12 @@ void ExpeditionParser::ReadPolyarc(io::CToken_istream& stream, std::vector<Exped
             const XYRTriple& to = i + 2 < triples.size() ? triples[i + 2] : triples[0];
             const geom::Arc arc(geom::Segment(geom::Point(from.x, from.y), geom::Point(to.x, to.y)),
                                 centre.r > 0.0 ? geom::k_CCW : geom::k_CW, geom::Point(centre.x, centre.y));
-            vertices.push_back(new ExpeditionVertex(from.x, from.y, arc.GetHeight().GetValue()));
+            vertices.emplace_back(from.x, from.y, arc.GetHeight().GetValue());
             i += 2; // the centre leaves no vertex
         }
         else
         {
-            vertices.push_back(new ExpeditionVertex(triples[i].x, triples[i].y, 0.0));
+            vertices.emplace_back(triples[i].x, triples[i].y, 0.0);
             i += 1;
         }
     }

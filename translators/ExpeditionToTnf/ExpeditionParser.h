@@ -105,12 +105,16 @@ public:
     // The factor to millimetres of the text behind a units keyword.
     static double UnitFactor(const AString& text);
     // Reads the XY list of a polyline, each point times factor.
+    static void ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex>& vertices,
+                             double factor);
     static void ReadPolyline(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
                              double factor);
     // Reads the XYR list of a polyarc, each value times factor. A triple with
     // a non-zero radius is the centre of the arc from the triple before it to
     // the triple behind it (the first one, at the end of the list); the sign
     // of the radius gives the sense, its size is not used.
+    static void ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex>& vertices,
+                            double factor);
     static void ReadPolyarc(io::CToken_istream& stream, std::vector<ExpeditionVertex*>& vertices,
                             double factor);
     // name if taken holds no equal name (without regard to case), else the

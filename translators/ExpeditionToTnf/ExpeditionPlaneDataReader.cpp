@@ -390,7 +390,7 @@ void ExpeditionParser::ReadTieLeg(ExpeditionReaderCursor& at, ExpeditionLayoutNe
         ++m_Diagnostics->InJob().m_Traces[ExpeditionDiagnostics::LayerKey(layer)];
     if (!net)
         return; // a tie leg of no known net has no owner
-    net->m_Traces.push_back(new ExpeditionTrace(layer, AString(), AString(), width,
-                                                {new ExpeditionVertex(x1 * factor, y1 * factor, 0.0),
-                                                 new ExpeditionVertex(x2 * factor, y2 * factor, 0.0)}));
+    net->m_Traces.push_back(new ExpeditionTrace(
+        layer, AString(), AString(), width,
+        {ExpeditionVertex(x1 * factor, y1 * factor, 0.0), ExpeditionVertex(x2 * factor, y2 * factor, 0.0)}));
 }

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <new>
 #include <optional>
@@ -345,6 +346,15 @@ private:
 
 namespace
 {
+// Whether two points are the same to the bit: only then does a round contour
+// come back as the edge it was.
+bool SameBits(const geom::Point& a, const geom::Point& b)
+{
+    const double ab[2] = {a.m_X.GetValue(), a.m_Y.GetValue()};
+    const double bb[2] = {b.m_X.GetValue(), b.m_Y.GetValue()};
+    return std::memcmp(ab, bb, sizeof(ab)) == 0;
+}
+
 // The most edges of a contour that is held as its edges: a circle has one, a
 // box four, an obround four, a rounded box eight.
 constexpr int k_FewEdges = 8;
@@ -383,65 +393,99 @@ ExpeditionPlanePolygon::Edges* ExpeditionPlanePolygon::TakeApart(const geom::Pol
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(const geom::Polygon& polygon, double width)
-    : m_Polygon(geom::PolyArc(), false), m_Edges(TakeApart(polygon)), m_Width(width)
+    : m_Form(polygon), m_Width(width)
 {
-    if (!m_Edges)
-        m_Polygon = polygon;
+    Edges* edges = TakeApart(polygon);
+    if (!edges)
+        return;
+    const geom::Arc& first = EdgesOf(edges)[0];
+    if (edges->m_Count == 1 && SameBits(first.GetStart(), first.GetEnd()))
+    {
+        // Nobody shares a round contour: it is kept in place of the block.
+        m_Form = Round{first.GetStart(), first.GetHeight(), first.GetCenterAzimuth()};
+        Release(edges);
+    }
+    else
+        m_Form = edges;
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(const ExpeditionPlanePolygon& other)
-    : m_Polygon(other.m_Polygon), m_Edges(other.m_Edges), m_Width(other.m_Width)
+    : m_Form(other.m_Form), m_Width(other.m_Width)
 {
-    if (m_Edges)
-        ++m_Edges->m_Users;
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges)
+        ++(*edges)->m_Users;
 }
 
 ExpeditionPlanePolygon::ExpeditionPlanePolygon(ExpeditionPlanePolygon&& other) noexcept
-    : m_Polygon(other.m_Polygon), m_Edges(std::exchange(other.m_Edges, nullptr)), m_Width(other.m_Width)
+    : m_Form(other.m_Form), m_Width(other.m_Width)
 {
+    if (Edges** edges = std::get_if<Edges*>(&other.m_Form))
+        *edges = nullptr;
 }
 
 ExpeditionPlanePolygon& ExpeditionPlanePolygon::operator=(ExpeditionPlanePolygon other) noexcept
 {
-    std::swap(m_Polygon, other.m_Polygon);
-    std::swap(m_Edges, other.m_Edges);
+    std::swap(m_Form, other.m_Form);
     m_Width = other.m_Width;
     return *this;
 }
 
 ExpeditionPlanePolygon::~ExpeditionPlanePolygon()
 {
-    if (!m_Edges || --m_Edges->m_Users > 0)
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges)
+        Release(*edges);
+}
+
+void ExpeditionPlanePolygon::Release(Edges* edges)
+{
+    if (--edges->m_Users > 0)
         return;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
-        edges[i].~Arc();
-    m_Edges->~Edges();
-    ::operator delete(static_cast<void*>(m_Edges));
+    const geom::Arc* arcs = EdgesOf(edges);
+    for (unsigned i = 0; i < edges->m_Count; ++i)
+        arcs[i].~Arc();
+    edges->~Edges();
+    ::operator delete(static_cast<void*>(edges));
 }
 
 geom::Polygon ExpeditionPlanePolygon::GetPolygon() const
 {
-    if (!m_Edges)
-        return m_Polygon;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    return geom::Polygon(std::vector<geom::Arc>(edges, edges + m_Edges->m_Count), false);
+    if (const geom::Polygon* polygon = std::get_if<geom::Polygon>(&m_Form))
+        return *polygon;
+    if (const Round* round = std::get_if<Round>(&m_Form))
+        return geom::Polygon(std::vector<geom::Arc>{round->GetArc()}, false);
+    const Edges* edges = std::get<Edges*>(m_Form);
+    if (!edges)
+        return geom::Polygon(geom::PolyArc(), false);
+    const geom::Arc* arcs = EdgesOf(edges);
+    return geom::Polygon(std::vector<geom::Arc>(arcs, arcs + edges->m_Count), false);
 }
 
-const geom::Arc* ExpeditionPlanePolygon::GetSingleEdge() const
+std::optional<geom::Arc> ExpeditionPlanePolygon::GetSingleEdge() const
 {
-    return m_Edges && m_Edges->m_Count == 1 ? EdgesOf(m_Edges) : nullptr;
+    if (const Round* round = std::get_if<Round>(&m_Form))
+        return round->GetArc();
+    if (Edges* const* edges = std::get_if<Edges*>(&m_Form); edges && *edges && (*edges)->m_Count == 1)
+        return EdgesOf(*edges)[0];
+    return std::nullopt;
 }
 
 geom::Box ExpeditionPlanePolygon::GetBBox() const
 {
-    if (!m_Edges)
-        return m_Polygon.GetBBox();
+    if (const geom::Polygon* polygon = std::get_if<geom::Polygon>(&m_Form))
+        return polygon->GetBBox();
     // The hull of the edges' boxes, which is what the polygon's tree holds.
     geom::Box box;
-    const geom::Arc* edges = EdgesOf(m_Edges);
-    for (unsigned i = 0; i < m_Edges->m_Count; ++i)
-        box |= edges[i].GetBBox();
+    if (const Round* round = std::get_if<Round>(&m_Form))
+    {
+        box |= round->GetArc().GetBBox();
+        return box;
+    }
+    const Edges* edges = std::get<Edges*>(m_Form);
+    if (!edges)
+        return box;
+    const geom::Arc* arcs = EdgesOf(edges);
+    for (unsigned i = 0; i < edges->m_Count; ++i)
+        box |= arcs[i].GetBBox();
     return box;
 }
 
@@ -599,7 +643,7 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
             taken[r].reserve(voidCount[r]);
         for (size_t k = 0; k < voids.size(); ++k)
             if (bestOf[k] != n)
-                taken[bestOf[k]].push_back(polygons[voids[k]]);
+                taken[bestOf[k]].push_back(std::move(polygons[voids[k]]));
         std::vector<ExpeditionPlaneShape>& shapes = m_PlaneShapes[entry.first];
         for (size_t r = 0; r < sorted.size(); ++r)
         {
@@ -607,9 +651,11 @@ void ExpeditionLayoutNet::ResolvePlaneVoids()
                                 std::vector<ExpeditionPlanePolygon>());
             shapes.back().m_Voids.swap(taken[r]);
         }
-        // The contours as read stay; only the room the reading left spare goes.
-        polygons.shrink_to_fit();
+        // The contours as read have been paired and are not asked for again:
+        // a plane of millions of voids would otherwise hold each twice.
+        std::vector<ExpeditionPlanePolygon>().swap(polygons);
     }
+    m_PlaneOutlines.clear();
 }
 
 void ExpeditionLayoutNet::ResolvePlaneLines()

@@ -133,6 +133,8 @@ public:
     // vertex(x, y, w, w, "Round", "Radiallymitered", w) per vertex of a line.
     static void AddPathVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex*>& vertices,
                                 double width);
+    static void AddPathVertices(io::CBlock_func& function, const std::vector<ExpeditionVertex>& vertices,
+                                double width);
 
 private:
     // What a run built: the model and the reader.

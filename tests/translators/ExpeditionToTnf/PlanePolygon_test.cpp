@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 #include <random>
 
 namespace
@@ -45,6 +46,19 @@ void ExpectSameAnswers(const geom::Polygon& original, const ExpeditionPlanePolyg
         EXPECT_EQ(e1[i].GetStart().m_X.GetValue(), e2[i].GetStart().m_X.GetValue());
         EXPECT_EQ(e1[i].GetStart().m_Y.GetValue(), e2[i].GetStart().m_Y.GetValue());
         EXPECT_EQ(e1[i].GetHeight().GetValue(), e2[i].GetHeight().GetValue());
+        EXPECT_EQ(e1[i].GetEnd().m_X.GetValue(), e2[i].GetEnd().m_X.GetValue());
+        EXPECT_EQ(e1[i].GetEnd().m_Y.GetValue(), e2[i].GetEnd().m_Y.GetValue());
+        EXPECT_EQ(e1[i].GetCenterAzimuth().GetValue(), e2[i].GetCenterAzimuth().GetValue());
+    }
+    // The single edge that the writer of voids asks for, where there is one.
+    const std::optional<geom::Arc> single = compact.GetSingleEdge();
+    EXPECT_EQ(single.has_value(), compact.IsHeldAsEdges() && e2.size() == 1);
+    if (single && e2.size() == 1)
+    {
+        EXPECT_EQ(single->GetStart().m_X.GetValue(), e2[0].GetStart().m_X.GetValue());
+        EXPECT_EQ(single->GetEnd().m_Y.GetValue(), e2[0].GetEnd().m_Y.GetValue());
+        EXPECT_EQ(single->GetHeight().GetValue(), e2[0].GetHeight().GetValue());
+        EXPECT_EQ(single->GetCenterAzimuth().GetValue(), e2[0].GetCenterAzimuth().GetValue());
     }
     // A point test and a relation with an outline around it.
     const geom::Point centre = b.GetCenter();
@@ -110,6 +124,11 @@ TEST(PlanePolygon, CopiesShareTheEdgesAndOutliveTheOriginal)
             copies.push_back(original);
         copies.emplace_back(many, 0.25);
     }
+    // A box is held as a block of four edges that the copies share.
+    const geom::Polygon box(geom::Box(geom::Point(1.0, 1.0), geom::Point(2.5, 1.75)), 0.0);
+    std::vector<ExpeditionPlanePolygon> boxes(3, ExpeditionPlanePolygon(box, 0.25));
+    boxes.erase(boxes.begin());
+    ExpectSameAnswers(box, boxes.back(), "copy of a box");
     ExpectSameAnswers(circle, copies[0], "copy");
     ExpectSameAnswers(circle, copies[99], "last copy");
     // Assignment both ways between a contour held as edges and a polygon.
