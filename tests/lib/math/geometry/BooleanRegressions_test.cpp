@@ -256,6 +256,26 @@ TEST(BooleanRegressions, SubtractingASliverAlongASideLeavesThePolygon)
     EXPECT_NEAR(a.Unite(sliver, k_Accuracy).GetArea().GetValue(), area, tolerance);
     EXPECT_NEAR(PolygonWithHoles(a).Intersect(sliver, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
     EXPECT_NEAR(sliver.Subtract(a, k_Accuracy).GetArea().GetValue(), 0.0, tolerance);
+    // The same triangle at a sharp corner of a polygon whose sides are
+    // nearly straight arcs: there the polygon's own material is within a few
+    // accuracies of the piece on one side only near the corner, and the
+    // test must not take the polygon for the sliver.
+    const Point c0(-0x1.8ffdf465b8938p+5, -0x1.8fffe53389848p+5),
+        c1(-0x1.8ffdf6641e827p+5, -0x1.8fffcb10ca0a4p+5);
+    const Point c2(-0x1.15640339dff6p+1, -0x1.53469e79c25fp+5),
+        c3(-0x1.9017a5620fc4bp+5, -0x1.8f9cbad75f1bap+5);
+    const Point c4(-0x1.ec346953fe064p+5, -0x1.67db5d107ae9p+3),
+        c5(-0x1.9000aef53c9e9p+5, -0x1.8ffe11c3ffccp+5);
+    const Point c6(-0x1.9000c770d38c9p+5, -0x1.8ffe1b20a66d8p+5);
+    const Polygon sharp(
+        std::vector<Arc>{Arc(c0, c1, Unit(0x1.0bcdc8aa5d6b4p-24)), Arc(c1, c2, Unit(0x1.0bcdc8aa5d6b4p-24)),
+                         Arc(c2, c3, Unit(0x1.ad64519e582a6p-24)), Arc(c3, c4, Unit(-0x1.ad7f29abcaf48p-24)),
+                         Arc(c4, c5, k_Unit_0), Arc(c5, c6, k_Unit_0), Arc(c6, c0, k_Unit_0)},
+        false);
+    const double sharp_area = sharp.GetArea().GetValue();
+    ASSERT_NEAR(sharp_area, 1.26108862099, 1e-9);
+    EXPECT_NEAR(sharp.Unite(sliver, k_Accuracy).GetArea().GetValue(), sharp_area, tolerance);
+    EXPECT_NEAR(sharp.Subtract(sliver, k_Accuracy).GetArea().GetValue(), sharp_area, tolerance);
     EXPECT_EQ(GetFailedAssertCount_G(), before);
 }
 
